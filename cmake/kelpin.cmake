@@ -1,0 +1,45 @@
+# Flags every target of ours gets, and the few helpers the folders share.
+add_library(kelpin_flags INTERFACE)
+target_include_directories(kelpin_flags INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(kelpin_flags INTERFACE -Wall -Wextra -Werror -Wconversion -Wshadow
+                                              -Wnon-virtual-dtor -Wnull-dereference)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  target_compile_options(kelpin_flags INTERFACE -Wthread-safety)
+else()
+  # GCC 12 sees null dereferences and overflows in inlined library code that are not there.
+  target_compile_options(kelpin_flags INTERFACE -Wno-null-dereference)
+endif()
+if(KELPIN_SANITIZE)
+  target_compile_options(kelpin_flags INTERFACE -fsanitize=${KELPIN_SANITIZE}
+                                                -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(kelpin_flags INTERFACE -fsanitize=${KELPIN_SANITIZE})
+endif()
+
+find_package(Threads REQUIRED)
+
+# kelpin_library(NAME LIBS...): a static library of every .cpp of the current folder.
+function(kelpin_library name)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp
+                                      ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+  if(NOT sources MATCHES "\\.cpp")
+    file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/empty.cpp "")
+    list(APPEND sources ${CMAKE_CURRENT_BINARY_DIR}/empty.cpp)
+  endif()
+  add_library(${name} STATIC ${sources})
+  set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
+  target_link_libraries(${name} PUBLIC kelpin_flags Threads::Threads ${ARGN})
+endfunction()
+
+# kelpin_test(NAME LABEL LIBS...): a GoogleTest program of every *_test.cpp of the current folder,
+# one CTest test, so that a run costs one process.
+function(kelpin_test name label)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*_test.cpp)
+  if(NOT sources)
+    return()
+  endif()
+  add_executable(${name} ${sources})
+  target_compile_definitions(${name} PRIVATE KELPIN_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+  target_link_libraries(${name} PRIVATE ${ARGN} GTest::gmock GTest::gtest_main)
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES LABELS ${label} TIMEOUT 600)
+endfunction()

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace kelpin::device::card {
+
+// What can go wrong below the card's own answer. Never a status word, never a SIM result.
+enum class [[nodiscard]] TransportError{
+    kNone,
+    kNoReader,       // no reader, modem or card file to talk to
+    kNoCard,         // the reader is empty
+    kRemoved,        // the card was taken out; everything known of it is void
+    kReset,          // the card was reset behind us; selection and PIN are void
+    kTimeout,        // no answer in time; whether the command was executed is not known
+    kCommunication,  // garbled or cut; whether the command was executed is not known
+    kBusy,           // held by another program; nothing was sent
+    kStorage,        // a software card could not keep the change (disk full …)
+};
+
+// Told on a thread of the channel's; must not call back into the channel.
+class CardChannelListener {
+ public:
+  virtual ~CardChannelListener() = default;
+  virtual void CardInserted() = 0;
+  virtual void CardRemoved() = 0;
+  virtual void CardReset() = 0;    // by somebody else
+  virtual void CardTouched() = 0;  // another program may have changed what the card holds
+};
+
+// One UICC (or SIM) behind any transport. One caller at a time. After kRemoved or kReset every
+// call answers the same until Connect has succeeded again.
+class CardChannel {
+ public:
+  virtual ~CardChannel() = default;
+
+  // Powers the card and resets it. The ATR is empty where the transport tells none.
+  virtual TransportError Connect(std::vector<std::uint8_t>& atr) = 0;
+  virtual void Disconnect() = 0;
+  // One short APDU (ISO/IEC 7816-4), command as CLA INS P1 P2 [P3 [data]] [Le]; response as the
+  // card gave it: data, then SW1 SW2. 61xx, 9Fxx and 6Cxx are the caller's to follow. An update
+  // that ended with kTimeout or kCommunication must be read back, never sent again blindly.
+  virtual TransportError Transmit(std::span<const std::uint8_t> command,
+                                  std::vector<std::uint8_t>& response) = 0;
+  // Keeps other programs off the card from Begin to End. Nesting is counted.
+  virtual TransportError BeginTransaction() = 0;
+  virtual void EndTransaction() = 0;
+  virtual void SetListener(CardChannelListener* listener) = 0;  // null: none
+  // For messages: "software card /path/card.json", "reader XYZ 00 00".
+  virtual std::string Description() const = 0;
+};
+
+}  // namespace kelpin::device::card

@@ -1,0 +1,224 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/mutex.h"
+#include "ui/geometry.h"
+#include "ui/list_view.h"
+#include "ui/menu.h"
+#include "ui/notification.h"
+#include "ui/templates.h"
+
+namespace kelpin::ui {
+
+using WindowHandle = std::uint32_t;  // 0 is no window
+
+inline constexpr int kCommandOk = 1;
+inline constexpr int kCommandCancel = 2;
+
+enum class InputMode { kSpell = 0, kNumbers = 2 };
+enum class TextColor { kNormal, kError };
+
+class Dialog;
+
+// What a dialog of the program does. Screen thread only.
+class DialogHandler {
+ public:
+  virtual ~DialogHandler() = default;
+  virtual void OnInit(Dialog& dialog) = 0;
+  virtual void OnCommand(Dialog& /*dialog*/, int /*command*/) {}
+  virtual void OnNotify(Dialog& /*dialog*/, const Notification& /*notification*/) {}
+  // The client area: what lies above the soft keys. First called after OnInit, then on changes.
+  virtual void OnSize(Dialog& /*dialog*/, Size /*client*/) {}
+  virtual void OnActivate(Dialog& /*dialog*/, bool /*active*/) {}
+  // True when the key was used up.
+  virtual bool OnHotKey(Dialog& /*dialog*/, int /*virtualKey*/, unsigned /*modifiers*/) {
+    return false;
+  }
+  virtual void OnMessage(Dialog& /*dialog*/, std::uint32_t /*message*/, std::uint32_t /*first*/,
+                         std::uint32_t /*second*/) {}
+  virtual void OnSettingsChange(Dialog& /*dialog*/) {}
+  virtual void OnHelp(Dialog& /*dialog*/) {}
+  // The close box, or the close message.
+  virtual void OnClose(Dialog& dialog);  // ends the dialog with result 16
+  virtual void OnDestroy(Dialog& /*dialog*/) {}
+};
+
+inline constexpr int kDialogDone = 16;
+
+// What a dialog needs of the screen that shows it. Any thread.
+class DialogHost {
+ public:
+  virtual ~DialogHost() = default;
+  virtual bool IsScreenThread() const = 0;
+  // Runs `work` on the screen thread, later, in order.
+  virtual void Post(std::function<void()> work) = 0;
+  // Something of the dialog is to be drawn again. Calls are gathered by the host.
+  virtual void DialogChanged(Dialog& dialog) = 0;
+  // Screen thread: the dialog has ended and is to be taken away.
+  virtual void DialogEnded(Dialog& dialog) = 0;
+  // Screen thread: show `menu` at `point`; a choice comes back through Dialog::Command.
+  virtual void ShowPopup(Dialog& dialog, std::shared_ptr<Menu> menu, Point point) = 0;
+};
+
+// A copy of one control's state, to draw from.
+struct ControlState {
+  int id = 0;
+  ControlKind kind = ControlKind::kLabel;
+  std::u16string text;
+  std::uint32_t style = 0;
+  int labelledBy = 0;
+  int resource = 0;
+  bool enabled = true;
+  bool visible = true;
+  bool readOnly = false;
+  bool bold = false;
+  bool checked = false;      // check boxes
+  bool unavailable = false;  // drawn muted and italic: the text is no content
+  TextColor color = TextColor::kNormal;
+  InputMode inputMode = InputMode::kSpell;
+  int limit = 0;           // edits: UTF-16 units, 0 is none
+  int selectionStart = 0;  // edits; start == end is the caret
+  int selectionEnd = 0;
+  int progressMinimum = 0;
+  int progressMaximum = 100;
+  int progressPosition = 0;
+  int progressStep = 10;
+  Rect bounds;
+  bool operator==(const ControlState&) const = default;
+};
+
+// A dialog's whole state, without a toolkit. Made by a Screen. State may be read and changed from
+// any thread; handlers run on the screen thread. Controls that a template does not have are
+// ignored in writes and empty in reads.
+class Dialog : public std::enable_shared_from_this<Dialog> {
+ public:
+  Dialog(const DialogTemplate& resource, WindowHandle handle, WindowHandle owner,
+         DialogHandler& handler, DialogHost& host);
+
+  int Resource() const { return resource_; }
+  WindowHandle Handle() const { return handle_; }
+  WindowHandle Owner() const { return owner_; }
+  std::u16string HelpSection() const { return helpSection_; }
+
+  void SetTitle(std::u16string_view title);
+  std::u16string Title() const;
+  void SetFullScreen(bool done, bool inputPanelDown);  // Done button in the title bar
+  bool HasDoneButton() const;
+
+  // Controls. SetText on an edit raises kEditUpdate, as typing does; the text is not cut to the
+  // limit. The caret goes to the start.
+  void SetText(int control, std::u16string_view text);
+  std::u16string Text(int control) const;
+  void SetUnavailableText(int control, std::u16string_view text);  // also disables the edit
+  void Enable(int control, bool enabled);
+  bool Enabled(int control) const;
+  void Show(int control, bool visible);
+  bool Shown(int control) const;
+  void SetLimit(int control, int units);
+  int Limit(int control) const;
+  void SetInputMode(int control, InputMode mode);
+  void SetBold(int control, bool bold);
+  void SetColor(int control, TextColor color);
+  void SetChecked(int control, bool checked);
+  bool Checked(int control) const;
+  void SetSelection(int control, int start, int end);
+  void SetBounds(int control, Rect bounds);
+  Rect Bounds(int control) const;
+  void SetFocus(int control);
+  int Focus() const;  // 0 when none
+  void SetProgressRange(int control, int minimum, int maximum, int step);
+  void SetProgress(int control, int position);
+  void StepProgress(int control);
+  // Null when the template has no such list. Lives as long as the dialog.
+  ListView* List(int control);
+
+  std::vector<ControlState> Controls() const;  // in template order, which is Tab order
+  std::optional<ControlState> Control(int control) const;
+  std::vector<int> ListControls() const;
+
+  // Soft keys. The pointer lives until DestroyMenuBar, null when there is none.
+  MenuBar* CreateMenuBar(const MenuBarTemplate& bar);
+  std::shared_ptr<MenuBar> Bar() const;
+  void DestroyMenuBar();
+  void SetAccelerators(std::span<const Accelerator> accelerators);
+
+  void ShowPopup(std::shared_ptr<Menu> menu, Point point);  // screen thread
+
+  // Posted: OnCommand, OnMessage or OnClose later on the screen thread. Any thread.
+  void PostCommand(int command);
+  void PostMessage(std::uint32_t message, std::uint32_t first = 0, std::uint32_t second = 0);
+  void PostClose();
+  // Ends the dialog: any thread; taken away on the screen thread. The first result counts.
+  void End(int result);
+  bool Ended() const;
+  int Result() const;
+
+  // What the user and the screen do. Screen thread.
+  void Init();
+  void Resize(Size client);  // OnSize when it differs from the last
+  Size ClientSize() const;
+  void Activate(bool active);
+  bool Active() const;
+  void Command(int command);             // not delivered when the menu bar has it disabled
+  void PressSoftKey(std::size_t index);  // a plain key's command; nothing for a drop-down
+  void PressButton(int control);
+  void PressCheckBox(int control);
+  // The user's new text of an edit: cut to the limit, then kEditUpdate.
+  void EditByUser(int control, std::u16string_view text, int caret);
+  void FocusByUser(int control);
+  void LongPressEdit(int control, Point point);
+  // A key, with the control that has the focus: list filter, accelerators, list, Enter, Escape,
+  // F1, Talk and Back. True when it was used up.
+  bool KeyDown(const KeyPress& press);
+  bool HotKey(int virtualKey, unsigned modifiers);
+  void Help();
+  void Close();
+  void SettingsChanged();
+  void Destroyed();
+
+  DialogHandler& Handler() { return handler_; }
+
+ private:
+  struct Item {
+    ControlState state;
+    std::unique_ptr<ListView> list;
+  };
+
+  Item* Find(int control) REQUIRES(lock_);
+  const Item* Find(int control) const REQUIRES(lock_);
+  void Changed();
+  void Deliver(Notification notification);
+  // Runs now on the screen thread, later from any other; not at all once the dialog is gone.
+  void OnScreen(std::function<void(Dialog&)> work);
+
+  const int resource_;
+  const WindowHandle handle_;
+  const WindowHandle owner_;
+  const std::u16string helpSection_;
+  DialogHandler& handler_;
+  DialogHost& host_;
+
+  mutable Mutex lock_;
+  std::u16string title_ GUARDED_BY(lock_);
+  bool doneButton_ GUARDED_BY(lock_) = false;
+  std::vector<Item> items_ GUARDED_BY(lock_);
+  std::shared_ptr<MenuBar> bar_ GUARDED_BY(lock_);
+  std::vector<Accelerator> accelerators_ GUARDED_BY(lock_);
+  int focus_ GUARDED_BY(lock_) = 0;
+  Size client_ GUARDED_BY(lock_);
+  bool active_ GUARDED_BY(lock_) = false;
+  bool ended_ GUARDED_BY(lock_) = false;
+  bool destroyed_ GUARDED_BY(lock_) = false;
+  int result_ GUARDED_BY(lock_) = 0;
+};
+
+}  // namespace kelpin::ui

@@ -1,0 +1,33 @@
+# make run    installs what is missing, builds, opens Kelpin on a sample card
+# make test   installs what tests need, builds, runs every test
+# make bench  prints the figures
+# make format rewrites the sources as .clang-format says
+
+JOBS ?= $(shell nproc)
+LAUNCH := $(if $(shell command -v ccache 2>/dev/null),-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+
+.PHONY: all run test bench format clean
+
+all:
+	cmake -S . -B build -G Ninja $(LAUNCH)
+	cmake --build build --parallel $(JOBS)
+
+run:
+	scripts/install-deps.sh run
+	cmake -S . -B build -G Ninja
+	cmake --build build --parallel $(JOBS) --target kelpin
+	scripts/run.sh
+
+test:
+	scripts/install-deps.sh test
+	scripts/test.sh
+
+bench:
+	scripts/install-deps.sh test
+	scripts/bench.sh
+
+format:
+	git ls-files -co --exclude-standard -- '*.cpp' '*.h' | xargs clang-format-14 -i
+
+clean:
+	rm -rf build build-asan build-tsan

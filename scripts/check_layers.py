@@ -1,0 +1,96 @@
+#!/usr/bin/env python3
+"""Who may include whom. Reads every #include "..." and fails on one that reaches up.
+
+Run from the repository root; prints each breach as file:line and exits 1 when there is any.
+"""
+import pathlib
+import re
+import sys
+
+CORE = ["platform", "ui", "res", "sim", "app", "editor", "views", "contacts"]
+
+# Folder of the including file -> folders it may include besides its own.
+FOLDERS = {
+    "platform": set(),
+    "ui": {"platform"},
+    "res": {"ui"},
+    "sim": {"platform"},
+    "app": {"sim", "ui", "res", "platform"},
+    "editor": {"app", "sim", "ui", "res", "platform"},
+    "views": {"app", "sim", "ui", "res", "platform"},
+    "contacts": {"views", "app", "sim", "ui", "res", "platform"},
+    "device/card": {"platform"},
+    "device/softcard": {"platform", "device/card"},
+    "device/pcsc": {"platform", "device/card"},
+    "device/modem": {"platform", "device/card"},
+    "device/contacts": {"platform"},
+    "device/registry": {"platform"},
+    "device/kernel": {"platform"},
+    "device/desktop": {"platform"},
+    "device/qt": {"platform", "ui"},
+}
+
+# Of device/card the transports may see the port alone.
+ONLY = {"device/softcard": {"device/card": {"device/card/card_channel.h"}},
+        "device/pcsc": {"device/card": {"device/card/card_channel.h"}},
+        "device/modem": {"device/card": {"device/card/card_channel.h"}}}
+# res/ takes the types its templates are made of, no more.
+ONLY["res"] = {"ui": {"ui/templates.h", "ui/keys.h"}}
+# The store's connection knows the ports alone.
+FILES = {"contacts/contacts_connection": {"platform"}}
+
+# Headers the core must not name: toolkits, adapters' libraries, POSIX.
+FOREIGN = re.compile(
+    r"^\s*#\s*include\s*<(Q[A-Z]|Qt|winscard|PCSC|sqlite|glib|gio|libebook|boost/|nlohmann|spdlog|"
+    r"CLI/|unistd|fcntl|sys/|pthread|signal|netinet|arpa|poll|dlfcn|spawn)")
+
+INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"')
+
+
+def folder_of(path):
+    parts = path.split("/")
+    if parts[0] == "device" and len(parts) > 2:
+        return "/".join(parts[:2])
+    return parts[0] if len(parts) > 1 else ""
+
+
+def main():
+    breaches = []
+    roots = CORE + ["device"]
+    files = [p for root in roots for p in pathlib.Path(root).rglob("*")
+             if p.suffix in (".h", ".cpp")]
+    files += [p for p in map(pathlib.Path, ("program.h", "program.cpp")) if p.exists()]
+    for path in sorted(files):
+        name = path.as_posix()
+        home = folder_of(name)
+        core = home in CORE or home == ""
+        if home not in FOLDERS and home != "":
+            breaches.append(f"{name}:1: folder {home} has no rule; add one to check_layers.py")
+            continue
+        for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
+            if core and FOREIGN.match(line):
+                breaches.append(f"{name}:{number}: the core names a foreign header: {line.strip()}")
+            match = INCLUDE.match(line)
+            if not match:
+                continue
+            target = match.group(1)
+            there = folder_of(target)
+            if not pathlib.Path(target).exists():
+                breaches.append(f"{name}:{number}: no such file from the root: {target}")
+            elif home == "":
+                if there.startswith("device") or target == "main.cpp":
+                    breaches.append(f"{name}:{number}: program may not include {target}")
+            elif there == home:
+                pass
+            elif there not in FILES.get(name.rsplit(".", 1)[0], FOLDERS[home]):
+                breaches.append(f"{name}:{number}: {home} may not include {target}")
+            elif target not in ONLY.get(home, {}).get(there, {target}):
+                breaches.append(f"{name}:{number}: {home} may not include {target} of {there}")
+    for breach in breaches:
+        print(breach)
+    print(f"layers: {len(files)} files, {len(breaches)} breaches")
+    return 1 if breaches else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,42 @@
+#!/bin/bash
+# Every check, in this order: layers, format, the gcc build, the clang builds under the
+# sanitizers, the fuzzers, and last every test of the gcc build. Stops at the first failure.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+jobs=${JOBS:-$(nproc)}
+seconds=${KELPIN_FUZZ_SECONDS:-60}
+export CMAKE_CXX_COMPILER_LAUNCHER=ccache
+export CTEST_OUTPUT_ON_FAILURE=1
+export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1
+export UBSAN_OPTIONS=print_stacktrace=1
+export TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
+
+step() { printf '\n== %s (%ss)\n' "$*" "$SECONDS"; }
+
+step "layers and format"
+python3 scripts/check_layers.py
+scripts/check_format.sh
+
+step "gcc build"
+cmake -S . -B build -G Ninja
+python3 scripts/check_targets.py build
+cmake --build build --parallel "$jobs"
+
+step "clang build with address and undefined-behaviour sanitizers, and the fuzzers"
+cmake -S . -B build-asan -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Debug \
+  -DKELPIN_SANITIZE=address,undefined -DKELPIN_FUZZ=ON -DKELPIN_BENCH=OFF
+cmake --build build-asan --parallel "$jobs"
+ctest --test-dir build-asan -L 'core|fault' --parallel "$jobs"
+
+step "clang build with the thread sanitizer"
+cmake -S . -B build-tsan -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Debug \
+  -DKELPIN_SANITIZE=thread -DKELPIN_QT=OFF -DKELPIN_BENCH=OFF
+cmake --build build-tsan --parallel "$jobs"
+ctest --test-dir build-tsan -L 'core|fault' --parallel "$jobs"
+
+step "fuzzers, $seconds s each"
+scripts/fuzz.sh build-asan "$seconds" "$jobs"
+
+step "every test"
+ctest --test-dir build --parallel "$jobs"

@@ -63,9 +63,11 @@ class DialogHost {
   virtual void Post(std::function<void()> work) = 0;
   // Something of the dialog is to be drawn again. Calls are gathered by the host.
   virtual void DialogChanged(Dialog& dialog) = 0;
-  // Screen thread: the dialog has ended and is to be taken away.
+  // Screen thread: the dialog has ended and is to be taken away. Its Destroyed() follows when the
+  // handler's routine that runs now has returned.
   virtual void DialogEnded(Dialog& dialog) = 0;
-  // Screen thread: show `menu` at `point`; a choice comes back through Dialog::Command.
+  // Screen thread: show `menu` at `point` ((-1, -1): by the control that has the focus); a choice
+  // comes back through Dialog::Command.
   virtual void ShowPopup(Dialog& dialog, std::shared_ptr<Menu> menu, Point point) = 0;
 };
 
@@ -98,7 +100,8 @@ struct ControlState {
 
 // A dialog's whole state, without a toolkit. Made by a Screen. State may be read and changed from
 // any thread; handlers run on the screen thread. Controls that a template does not have are
-// ignored in writes and empty in reads.
+// ignored in writes and empty in reads. Held by a shared_ptr; once Destroyed nothing of the handler
+// runs, whatever a thread still does to the dialog.
 class Dialog : public std::enable_shared_from_this<Dialog> {
  public:
   Dialog(const DialogTemplate& resource, WindowHandle handle, WindowHandle owner,
@@ -113,6 +116,7 @@ class Dialog : public std::enable_shared_from_this<Dialog> {
   std::u16string Title() const;
   void SetFullScreen(bool done, bool inputPanelDown);  // Done button in the title bar
   bool HasDoneButton() const;
+  bool InputPanelDown() const;  // the screen lowers the panel when it shows the dialog
 
   // Controls. SetText on an edit raises kEditUpdate, as typing does; the text is not cut to the
   // limit. The caret goes to the start.
@@ -130,11 +134,17 @@ class Dialog : public std::enable_shared_from_this<Dialog> {
   void SetColor(int control, TextColor color);
   void SetChecked(int control, bool checked);
   bool Checked(int control) const;
-  void SetSelection(int control, int start, int end);
+  void SetSelection(int control, int start, int end);  // an `end` below 0 is the text's end
+  std::u16string SelectedText(int control) const;
   void SetBounds(int control, Rect bounds);
   Rect Bounds(int control) const;
+  // Edits that lose and take the focus raise kEditLeave and kEditFocus. A control that is hidden or
+  // disabled cannot take it; one that becomes so gives it to the next in Tab order.
   void SetFocus(int control);
   int Focus() const;  // 0 when none
+  // For the screen: the control to scroll into view since it last asked, 0 when none.
+  void ScrollIntoView(int control);
+  int TakeScrollIntoView();
   void SetProgressRange(int control, int minimum, int maximum, int step);
   void SetProgress(int control, int position);
   void StepProgress(int control);
@@ -153,7 +163,9 @@ class Dialog : public std::enable_shared_from_this<Dialog> {
 
   void ShowPopup(std::shared_ptr<Menu> menu, Point point);  // screen thread
 
-  // Posted: OnCommand, OnMessage or OnClose later on the screen thread. Any thread.
+  // Posted: OnCommand, OnMessage or OnClose later on the screen thread, in order, and not when the
+  // dialog has ended by then. A posted command is the program's own: the menu bar is not asked. Any
+  // thread.
   void PostCommand(int command);
   void PostMessage(std::uint32_t message, std::uint32_t first = 0, std::uint32_t second = 0);
   void PostClose();
@@ -163,21 +175,27 @@ class Dialog : public std::enable_shared_from_this<Dialog> {
   int Result() const;
 
   // What the user and the screen do. Screen thread.
-  void Init();
-  void Resize(Size client);  // OnSize when it differs from the last
+  void Init();  // OnInit; then the first control that can has the focus, unless one has it
+  // Before Init the size is only kept, for OnInit to read. After it OnSize, the first time and when
+  // it differs from the last.
+  void Resize(Size client);
   Size ClientSize() const;
   void Activate(bool active);
   bool Active() const;
   void Command(int command);             // not delivered when the menu bar has it disabled
   void PressSoftKey(std::size_t index);  // a plain key's command; nothing for a drop-down
-  void PressButton(int control);
-  void PressCheckBox(int control);
-  // The user's new text of an edit: cut to the limit, then kEditUpdate.
+  void PressButton(int control);         // OnCommand with the control's id
+  void PressCheckBox(int control);       // toggles, then the same
+  // Typed or pasted text in place of an edit's selection.
+  void ReplaceSelection(int control, std::u16string_view text);
+  // The user's new text of an edit: what was put in is cut to the limit, then kEditUpdate. Nothing
+  // for an edit that is read-only or disabled.
   void EditByUser(int control, std::u16string_view text, int caret);
   void FocusByUser(int control);
   void LongPressEdit(int control, Point point);
   // A key, with the control that has the focus: list filter, accelerators, list, Enter, Escape,
-  // F1, Talk and Back. True when it was used up.
+  // F1, Talk and Back. What an edit needs for editing is no accelerator there. True when it was
+  // used up.
   bool KeyDown(const KeyPress& press);
   bool HotKey(int virtualKey, unsigned modifiers);
   void Help();
@@ -195,6 +213,16 @@ class Dialog : public std::enable_shared_from_this<Dialog> {
 
   Item* Find(int control) REQUIRES(lock_);
   const Item* Find(int control) const REQUIRES(lock_);
+  // Runs `change` on a control's state under the lock and has it drawn again.
+  template <typename Change>
+  bool With(int control, const Change& change);
+  void PutText(int control, std::u16string_view text, bool unavailable);
+  void MoveFocus(int control);
+  // The first control at or after `from` in Tab order that can take the focus, else 0.
+  int NextFocusable(std::size_t from) const REQUIRES(lock_);
+  void GiveUpFocus(int control);
+  bool Alive() const;
+  bool Accelerate(const KeyPress& press);
   void Changed();
   void Deliver(Notification notification);
   // Runs now on the screen thread, later from any other; not at all once the dialog is gone.
@@ -210,11 +238,15 @@ class Dialog : public std::enable_shared_from_this<Dialog> {
   mutable Mutex lock_;
   std::u16string title_ GUARDED_BY(lock_);
   bool doneButton_ GUARDED_BY(lock_) = false;
+  bool inputPanelDown_ GUARDED_BY(lock_) = false;
   std::vector<Item> items_ GUARDED_BY(lock_);
   std::shared_ptr<MenuBar> bar_ GUARDED_BY(lock_);
   std::vector<Accelerator> accelerators_ GUARDED_BY(lock_);
   int focus_ GUARDED_BY(lock_) = 0;
+  int scrollTo_ GUARDED_BY(lock_) = 0;
   Size client_ GUARDED_BY(lock_);
+  bool initialised_ GUARDED_BY(lock_) = false;
+  bool sized_ GUARDED_BY(lock_) = false;
   bool active_ GUARDED_BY(lock_) = false;
   bool ended_ GUARDED_BY(lock_) = false;
   bool destroyed_ GUARDED_BY(lock_) = false;

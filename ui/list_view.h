@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <set>
@@ -13,6 +12,7 @@
 #include "platform/mutex.h"
 #include "ui/keys.h"
 #include "ui/notification.h"
+#include "ui/row_store.h"
 
 namespace kelpin::ui {
 
@@ -58,6 +58,8 @@ struct ListMessage {
 // Notifications are raised without the lock, at the change, through the sink; none while
 // notifying is off at that moment. Rows at either end cost O(1) amortised; walking the selected
 // rows costs what is selected.
+//
+// While the list is hidden keys and presses do nothing.
 class ListView {
  public:
   struct Sink {
@@ -86,7 +88,9 @@ class ListView {
   // Rows. `position` beyond the end appends. The row's number is returned. Raises kItemInserted.
   int InsertItem(int position, std::u16string_view text, std::unique_ptr<RowData> data,
                  std::uint32_t state = 0);
-  // The same with every column's text, before the row can be seen half filled.
+  // The same with every column's text, before the row can be seen half filled. In both, a row of a
+  // list with check boxes is unchecked unless `state` says otherwise; what `state` adds to that is
+  // raised as kItemChanged after kItemInserted.
   int InsertRow(int position, std::vector<std::u16string> texts, std::unique_ptr<RowData> data,
                 std::uint32_t state = 0);
   void SetItemText(int row, int column, std::u16string_view text);
@@ -94,25 +98,33 @@ class ListView {
   void SetItemData(int row, std::unique_ptr<RowData> data);
   // Null when the row has none. Stays alive while held, also after the row is gone.
   std::shared_ptr<const RowData> ItemData(int row) const;
+  // The focus and the mark go to the row that takes the place, or to the last one. A selected row
+  // raises kItemChanged with no state left.
   void DeleteItem(int row);
+  // When any row was selected: one kItemChanged of row -1.
   void DeleteAllItems();
   int ItemCount() const;
-  // Stable. Row data is compared; selection, focus and mark stay with their rows.
+  // Stable. Row data is compared; selection, focus and mark stay with their rows. `compare` sees
+  // nothing but row data and must not call the list.
   void Sort(const Compare& compare);
   void RedrawItem(int row);
+  // Grows whenever a row came, went, moved or got other texts; states do not count.
+  std::uint64_t RowsVersion() const;
 
   // States. `mask` tells which bits of `state` count; row -1 is every row. Focusing a row takes
-  // the focus from the one that had it. Raises kItemChanged for each row that changed.
+  // the focus from the one that had it, and the mark when there was none. Raises kItemChanged for
+  // each row that changed. Every row cannot be focused, nor selected in a single-selection list.
   void SetItemState(int row, std::uint32_t state, std::uint32_t mask);
   std::uint32_t ItemState(int row) const;
-  void SetCheck(int row, bool checked);
+  void SetCheck(int row, bool checked);  // row -1 is every row
   bool Checked(int row) const;
   // The next row after `start` (-1: from the top) that has all of `state` (selected, focused or
   // both); -1 when there is none.
   int NextItem(int start, std::uint32_t state) const;
   int SelectedCount() const;
   int FocusedItem() const;
-  // The row a range is extended from; follows presses and key moves. -1 when none.
+  // The row a range is extended from; follows presses and key moves, not SetItemState. -1 when
+  // none.
   int SelectionMark() const;
   void SetSelectionMark(int row);
   void EnsureVisible(int row);
@@ -132,40 +144,76 @@ class ListView {
   void SetKeyFilter(std::function<bool(const KeyPress&)> filter,
                     std::function<bool(const KeyPress&)> wants = nullptr);
   bool WantsKey(const KeyPress& press) const;
+  // Milliseconds that only grow, for typing ahead; the system's when not set.
+  void SetClock(std::function<std::uint64_t()> milliseconds);
 
   // What the user does. Screen thread. True when the key or press was used up.
-  bool KeyDown(const KeyPress& press);
+  bool KeyDown(const KeyPress& press);  // FilterKey, then DefaultKey
+  bool FilterKey(const KeyPress& press);
+  // Arrows, pages, Home and End move; with Shift they extend from the mark, with Ctrl they move the
+  // focus alone. Space checks or selects, Ctrl+Space toggles, Ctrl+A selects all, Enter activates
+  // (a list with check boxes leaves it to the dialog), the menu key asks for the context menu
+  // (point -1, -1), letters go to the next row that starts with them.
+  bool DefaultKey(const KeyPress& press);
+  // Plain: that row alone, focus and mark. Ctrl toggles it, Shift extends from the mark. kClick
+  // comes after the changes. A press below the rows selects none.
   void Click(int row, int column, unsigned modifiers);  // row -1: below the rows
-  void DoubleClick(int row);                            // activates
+  void DoubleClick(int row);                            // selects when it was not, activates
   void LongPress(int row, Point point);                 // selects the row when it was not
   void ClickCheckBox(int row);
   void ClickHeader(int column);
 
  private:
+  using RowKey = std::int64_t;
   struct Row {
-    std::int64_t key = 0;  // position = key - firstKey_
     std::vector<std::u16string> texts;
     std::shared_ptr<const RowData> data;
     std::uint32_t stateImage = 0;
   };
   struct Pending;  // notifications gathered under the lock, raised after it
+  enum class Extend { kReplace, kAdd };
 
-  void Raise(const Pending& pending);
+  static void Raise(const Pending& pending);
+
+  Pending Begin() REQUIRES(lock_);
+  bool Has(int row) const REQUIRES(lock_);
+  std::uint32_t StateOf(int row) const REQUIRES(lock_);
+  int PositionOf(bool has, RowKey key) const REQUIRES(lock_);
+  std::vector<int> SelectedRows() const REQUIRES(lock_);
+  // Runs `change` and notes every row of `rows` whose state is another afterwards.
+  template <typename Change>
+  void Track(std::vector<int> rows, Pending& pending, const Change& change) REQUIRES(lock_);
+  void Select(int row, bool selected) REQUIRES(lock_);
+  void FocusOn(int row) REQUIRES(lock_);
+  void MarkRow(int row) REQUIRES(lock_);
+  void ShiftKeys(const KeyShift& shift) REQUIRES(lock_);
+  int Insert(int position, std::unique_ptr<Row> row, std::uint32_t state, Pending& pending)
+      REQUIRES(lock_);
+  void ChangeState(int row, std::uint32_t state, std::uint32_t mask, Pending& pending)
+      REQUIRES(lock_);
+  void SelectOnly(int row, Pending& pending) REQUIRES(lock_);  // focus, mark, into view
+  void SelectRange(int row, Extend extend, Pending& pending) REQUIRES(lock_);
+  void Toggle(int row, Pending& pending) REQUIRES(lock_);
+  void ToggleCheck(int row, Pending& pending) REQUIRES(lock_);
+  bool MoveTo(int row, unsigned modifiers, Pending& pending) REQUIRES(lock_);
+  bool TypeAhead(char16_t character, std::uint64_t now, Pending& pending) REQUIRES(lock_);
+  bool Navigate(const KeyPress& press, Pending& pending) REQUIRES(lock_);
+  void ScrollTo(int row) REQUIRES(lock_);
 
   std::atomic<bool> notifying_ = true;
   const bool singleSelection_;
 
   mutable Mutex lock_;
-  Sink sink_ GUARDED_BY(lock_);
+  std::shared_ptr<const Sink> sink_ GUARDED_BY(lock_);
   std::vector<Column> columns_ GUARDED_BY(lock_);
-  std::deque<std::unique_ptr<Row>> rows_ GUARDED_BY(lock_);
-  std::int64_t firstKey_ GUARDED_BY(lock_) = 0;
-  std::set<std::int64_t> selected_ GUARDED_BY(lock_);  // keys, so in row order
-  std::int64_t focused_ GUARDED_BY(lock_) = 0;
+  RowStore<std::unique_ptr<Row>> rows_ GUARDED_BY(lock_);
+  std::uint64_t version_ GUARDED_BY(lock_) = 0;
+  std::set<RowKey> selected_ GUARDED_BY(lock_);  // keys, so in row order
+  RowKey focused_ GUARDED_BY(lock_) = 0;
   bool hasFocused_ GUARDED_BY(lock_) = false;
-  std::int64_t mark_ GUARDED_BY(lock_) = 0;
+  RowKey mark_ GUARDED_BY(lock_) = 0;
   bool hasMark_ GUARDED_BY(lock_) = false;
-  std::int64_t ensureVisible_ GUARDED_BY(lock_) = 0;
+  RowKey ensureVisible_ GUARDED_BY(lock_) = 0;
   bool hasEnsureVisible_ GUARDED_BY(lock_) = false;
   std::uint32_t extendedStyle_ GUARDED_BY(lock_) = 0;
   int arrowColumn_ GUARDED_BY(lock_) = -1;
@@ -175,6 +223,9 @@ class ListView {
   int pageRows_ GUARDED_BY(lock_) = 8;
   std::function<bool(const KeyPress&)> keyFilter_ GUARDED_BY(lock_);
   std::function<bool(const KeyPress&)> wantsKey_ GUARDED_BY(lock_);
+  std::function<std::uint64_t()> clock_ GUARDED_BY(lock_);
+  std::u16string typed_ GUARDED_BY(lock_);
+  std::uint64_t typedAt_ GUARDED_BY(lock_) = 0;
 };
 
 }  // namespace kelpin::ui

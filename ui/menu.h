@@ -38,12 +38,14 @@ class Menu {
   int RemoveItem(int command);
   bool Contains(int command) const;
   bool IsEnabled(int command) const;  // false when it is not there
+  bool WasRemoved(int command) const;
   // A copy to draw from: no empty sub-menu, no separator first, last or doubled.
   std::vector<MenuItem> Items() const;
 
  private:
   mutable Mutex lock_;
   std::vector<MenuItem> items_ GUARDED_BY(lock_);
+  std::vector<int> removed_ GUARDED_BY(lock_);
   std::function<void()> changed_ GUARDED_BY(lock_);
 };
 
@@ -72,7 +74,7 @@ class MenuBar {
   // the bar.
   Menu* SubMenu(int command);
   // Whether `command` can be given now: its key and, for one in a pop-up, the item and the key
-  // that opens it are enabled. A command of no key and no menu: true.
+  // that opens it are enabled. A command of no key and no menu: true; one that was removed: false.
   bool CommandEnabled(int command) const;
 
  private:

@@ -216,6 +216,8 @@ class Dialog : public std::enable_shared_from_this<Dialog> {
   // Runs `change` on a control's state under the lock and has it drawn again.
   template <typename Change>
   bool With(int control, const Change& change);
+  template <typename Value>
+  Value Get(int control, Value ControlState::*member) const;
   void PutText(int control, std::u16string_view text, bool unavailable);
   void MoveFocus(int control);
   // The first control at or after `from` in Tab order that can take the focus, else 0.
@@ -227,6 +229,8 @@ class Dialog : public std::enable_shared_from_this<Dialog> {
   void Deliver(Notification notification);
   // Runs now on the screen thread, later from any other; not at all once the dialog is gone.
   void OnScreen(std::function<void(Dialog&)> work);
+  // Always later, in order; not when the dialog has ended by then.
+  void PostWork(std::function<void(Dialog&)> work);
 
   const int resource_;
   const WindowHandle handle_;
@@ -252,5 +256,23 @@ class Dialog : public std::enable_shared_from_this<Dialog> {
   bool destroyed_ GUARDED_BY(lock_) = false;
   int result_ GUARDED_BY(lock_) = 0;
 };
+
+template <typename Change>
+bool Dialog::With(int control, const Change& change) {
+  {
+    const MutexLock guard(lock_);
+    Item* item = Find(control);
+    if (item == nullptr) {
+      return false;
+    }
+    const ControlState before = item->state;
+    change(item->state);
+    if (item->state == before) {
+      return true;
+    }
+  }
+  Changed();
+  return true;
+}
 
 }  // namespace kelpin::ui

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -186,6 +187,7 @@ class ListView {
   void Select(int row, bool selected) REQUIRES(lock_);
   void FocusOn(int row) REQUIRES(lock_);
   void MarkRow(int row) REQUIRES(lock_);
+  void Reorder(const std::vector<std::size_t>& order) REQUIRES(lock_);
   void ShiftKeys(const KeyShift& shift) REQUIRES(lock_);
   int Insert(int position, std::unique_ptr<Row> row, std::uint32_t state, Pending& pending)
       REQUIRES(lock_);
@@ -197,6 +199,7 @@ class ListView {
   void ToggleCheck(int row, Pending& pending) REQUIRES(lock_);
   bool MoveTo(int row, unsigned modifiers, Pending& pending) REQUIRES(lock_);
   bool TypeAhead(char16_t character, std::uint64_t now, Pending& pending) REQUIRES(lock_);
+  bool PressKey(const KeyPress& press, std::uint64_t now, Pending& pending) REQUIRES(lock_);
   bool Navigate(const KeyPress& press, Pending& pending) REQUIRES(lock_);
   void ScrollTo(int row) REQUIRES(lock_);
 

@@ -31,7 +31,7 @@ struct Notification {
   int subItem = 0;  // kItemInserted: the position at which the row was inserted
   std::uint32_t oldState = 0;
   std::uint32_t newState = 0;
-  Point point;  // kContextMenu, kEditPress: where the finger is
+  Point point = {};  // kContextMenu, kEditPress: where the finger is
 };
 
 }  // namespace kelpin::ui

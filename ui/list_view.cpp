@@ -216,7 +216,8 @@ int ListView::Insert(int position, std::unique_ptr<Row> row, std::uint32_t state
     pending.notifications.back().subItem = at;
   }
   if (state != 0) {
-    ChangeState(at, state, state, pending);
+    const std::uint32_t image = (state & kItemStateImageMask) != 0 ? kItemStateImageMask : 0;
+    ChangeState(at, state, state | image, pending);
   }
   return at;
 }

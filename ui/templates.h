@@ -34,7 +34,7 @@ inline constexpr std::uint32_t kStyleValue = 128;           // a label that show
 struct ControlTemplate {
   int id = 0;
   ControlKind kind = ControlKind::kLabel;
-  std::u16string_view text;
+  std::u16string_view text = {};
   std::uint32_t style = kStyleNone;
   int labelledBy = 0;  // id of the label that names this control, 0 when none
   int resource = 0;    // of a picture or an icon
@@ -42,32 +42,32 @@ struct ControlTemplate {
 
 struct DialogTemplate {
   int id = 0;
-  std::span<const ControlTemplate> controls;
-  std::u16string_view helpSection;  // anchor in the help file
+  std::span<const ControlTemplate> controls = {};
+  std::u16string_view helpSection = {};  // anchor in the help file
 };
 
 struct MenuItemTemplate {
   int command = 0;  // 0: a separator, or a sub-menu
-  std::u16string_view text;
-  std::string_view icon;                    // name of a drawing, empty when none
-  std::u16string_view keys;                 // shortcut as shown, "Ctrl+A"
-  std::span<const MenuItemTemplate> items;  // of a sub-menu
+  std::u16string_view text = {};
+  std::string_view icon = {};                    // name of a drawing, empty when none
+  std::u16string_view keys = {};                 // shortcut as shown, "Ctrl+A"
+  std::span<const MenuItemTemplate> items = {};  // of a sub-menu
 };
 
 struct SoftKeyTemplate {
   int command = 0;
-  std::u16string_view text;
-  std::string_view icon;
-  std::span<const MenuItemTemplate> menu;  // not empty: a drop-down
+  std::u16string_view text = {};
+  std::string_view icon = {};
+  std::span<const MenuItemTemplate> menu = {};  // not empty: a drop-down
 };
 
 struct MenuBarTemplate {
   int id = 0;
-  std::span<const SoftKeyTemplate> keys;  // none, one or two; left first
+  std::span<const SoftKeyTemplate> keys = {};  // none, one or two; left first
 };
 
 struct Accelerator {
-  KeyPress press;
+  KeyPress press = {};
   int command = 0;
 };
 

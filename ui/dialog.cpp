@@ -465,6 +465,8 @@ void Dialog::PostClose() {
 }
 
 void Dialog::End(int result) {
+  // Once it has ended the screen may let go of it while this still runs on another thread.
+  const std::shared_ptr<Dialog> keep = weak_from_this().lock();
   {
     const MutexLock guard(lock_);
     if (ended_ || destroyed_) {
@@ -474,7 +476,6 @@ void Dialog::End(int result) {
     result_ = result;
   }
   if (host_.IsScreenThread()) {
-    const std::shared_ptr<Dialog> keep = weak_from_this().lock();
     host_.DialogEnded(*this);
     return;
   }

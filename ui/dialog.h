@@ -100,8 +100,8 @@ struct ControlState {
 
 // A dialog's whole state, without a toolkit. Made by a Screen. State may be read and changed from
 // any thread; handlers run on the screen thread. Controls that a template does not have are
-// ignored in writes and empty in reads. Held by a shared_ptr; once Destroyed nothing of the handler
-// runs, whatever a thread still does to the dialog.
+// ignored in writes and empty in reads. Held by a shared_ptr, also by a thread that works on it;
+// once Destroyed nothing of the handler runs, whatever such a thread still does.
 class Dialog : public std::enable_shared_from_this<Dialog> {
  public:
   Dialog(const DialogTemplate& resource, WindowHandle handle, WindowHandle owner,

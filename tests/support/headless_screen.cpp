@@ -42,6 +42,11 @@ void HeadlessScreen::ScriptBox(ui::BoxAnswer answer) {
   answers_.push_back(answer);
 }
 
+void HeadlessScreen::ScriptDismissBox() {
+  const MutexLock guard(lock_);
+  answers_.emplace_back(std::nullopt);
+}
+
 void HeadlessScreen::SetDefaultAnswers(ui::BoxAnswer ok, ui::BoxAnswer question) {
   const MutexLock guard(lock_);
   okAnswer_ = ok;
@@ -443,7 +448,7 @@ ui::BoxAnswer HeadlessScreen::AnswerBox(const ShownBox& box) {
   const bool question = box.style.buttons == ui::BoxButtons::kYesNo;
   ui::BoxAnswer answer = question ? questionAnswer_ : okAnswer_;
   if (!answers_.empty()) {
-    answer = answers_.front();
+    answer = answers_.front().value_or(Dismissed(box.style));
     answers_.pop_front();
   }
   const bool fits = question ? answer == ui::BoxAnswer::kYes || answer == ui::BoxAnswer::kNo

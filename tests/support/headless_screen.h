@@ -64,6 +64,8 @@ class HeadlessScreen : public ui::Screen, public ui::DialogHost {
 
   // The next boxes' answers, in order.
   void ScriptBox(ui::BoxAnswer answer);
+  // The next box is closed with Escape: OK of a box with OK alone, No of a question.
+  void ScriptDismissBox();
   // What boxes with an OK button and questions get when no answer is scripted: kOk and kNo.
   void SetDefaultAnswers(ui::BoxAnswer ok, ui::BoxAnswer question);
   // Runs while a box is shown, before it is answered; work may be served in it.
@@ -175,7 +177,7 @@ class HeadlessScreen : public ui::Screen, public ui::DialogHost {
   std::optional<int> quit_ GUARDED_BY(lock_);
   bool over_ GUARDED_BY(lock_) = false;
   std::vector<Open> open_ GUARDED_BY(lock_);
-  std::deque<ui::BoxAnswer> answers_ GUARDED_BY(lock_);
+  std::deque<std::optional<ui::BoxAnswer>> answers_ GUARDED_BY(lock_);
   ui::BoxAnswer okAnswer_ GUARDED_BY(lock_) = ui::BoxAnswer::kOk;
   ui::BoxAnswer questionAnswer_ GUARDED_BY(lock_) = ui::BoxAnswer::kNo;
   std::function<void(const ShownBox&)> look_ GUARDED_BY(lock_);

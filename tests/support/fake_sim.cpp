@@ -180,6 +180,10 @@ void FakeSim::SetEntry(std::uint32_t index, std::u16string_view name, std::u16st
   entry.numPlan = platform::kNumPlanTelephone;
   CopyText(entry.text, name);
   CopyText(entry.address, number);
+  SetEntry(index, entry);
+}
+
+void FakeSim::SetEntry(std::uint32_t index, const SimPhonebookEntry& entry) {
   MutexLock lock(lock_);
   entries_[index] = entry;
 }

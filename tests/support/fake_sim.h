@@ -45,6 +45,8 @@ class FakeSim : public platform::SimInterface {
   void SetLengths(std::uint32_t maxAddressLength, std::uint32_t maxTextLength);
   void SetSms(std::uint32_t used, std::uint32_t total);
   void SetEntry(std::uint32_t index, std::u16string_view name, std::u16string_view number);
+  // Any record, one that no driver should give included.
+  void SetEntry(std::uint32_t index, const platform::SimPhonebookEntry& entry);
   void RemoveEntry(std::uint32_t index);
   // The entries in use, as last written (an entry of SetEntry has the address type of its first
   // character), by location.

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "platform/clock.h"
+#include "platform/devices.h"
+#include "platform/kernel_objects.h"
+#include "platform/log.h"
+#include "platform/programs.h"
+#include "platform/radio_interface.h"
+#include "platform/registry.h"
+#include "platform/shell.h"
+#include "platform/sim_interface.h"
+#include "ui/screen.h"
+
+namespace kelpin::app {
+
+// Everything the program asks of a device. All of it outlives the program.
+struct Ports {
+  platform::SimInterface& sim;
+  platform::RadioInterface& radio;
+  platform::Devices& devices;
+  platform::Registry& registry;
+  platform::KernelObjects& kernel;
+  platform::Shell& shell;
+  platform::Programs& programs;
+  platform::Clock& clock;
+  platform::Log& log;
+  ui::Screen& screen;
+};
+
+}  // namespace kelpin::app

@@ -1,0 +1,27 @@
+#include "program.h"
+
+#include "app/commands.h"
+#include "app/list_commands.h"
+#include "app/list_loader.h"
+#include "app/wiring.h"
+#include "res/ids.h"
+
+namespace kelpin {
+namespace {
+
+// Which flow or dialog each command runs. A command that is not here stays greyed.
+void FillCommands(app::AppState& state, app::Commands& commands, app::ListLoader& loader) {
+  commands.Register(res::kCommandSelectAll, [&state] { app::SelectAllRows(state); });
+  commands.Register(res::kCommandRefresh, [&loader] { loader.Refresh(); });
+  commands.Register(res::kCommandCopyNumber, [&state] { app::CopyNumbers(state); });
+}
+
+}  // namespace
+
+int RunProgram(const app::Ports& ports, const app::EntryArguments& arguments) {
+  app::Wiring wiring;
+  wiring.fillCommands = FillCommands;
+  return app::Run(ports, wiring, arguments);
+}
+
+}  // namespace kelpin

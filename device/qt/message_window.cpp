@@ -1,0 +1,186 @@
+#include "device/qt/message_window.h"
+
+#include <QAccessible>
+#include <QCloseEvent>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPainter>
+#include <QPainterPath>
+#include <QPushButton>
+#include <QScreen>
+#include <algorithm>
+
+#include "device/qt/text.h"
+#include "device/qt/theme.h"
+
+namespace kelpin::qt {
+namespace {
+
+constexpr int kMargin = 20;
+constexpr int kWidth = 328;  // a phone's width less a margin
+
+// Stop, exclamation, information: a disc or a triangle with its sign.
+class BoxSign : public QWidget {
+ public:
+  BoxSign(ui::BoxIcon icon, QWidget* parent) : QWidget(parent), icon_(icon) {
+    setFixedSize(Scaled(28), Scaled(28));
+  }
+
+ protected:
+  void paintEvent(QPaintEvent* /*event*/) override {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const double unit = width() / 28.0;
+    painter.scale(unit, unit);
+    const QColor color = palette().color(icon_ == ui::BoxIcon::kStop ? kErrorRole : kAccentRole);
+    painter.setPen(QPen(color, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    if (icon_ == ui::BoxIcon::kExclamation) {
+      QPainterPath triangle(QPointF(14, 3));
+      triangle.lineTo(26, 24);
+      triangle.lineTo(2, 24);
+      triangle.closeSubpath();
+      painter.drawPath(triangle);
+      painter.drawLine(QPointF(14, 11), QPointF(14, 16.5));
+      Dot(painter, color, 20.2);
+      return;
+    }
+    painter.drawEllipse(QPointF(14, 14), 11.5, 11.5);
+    if (icon_ == ui::BoxIcon::kStop) {
+      painter.drawLine(QPointF(14, 8.5), QPointF(14, 15));
+      Dot(painter, color, 19);
+    } else {
+      Dot(painter, color, 9);
+      painter.drawLine(QPointF(14, 13), QPointF(14, 19.5));
+    }
+  }
+
+ private:
+  static void Dot(QPainter& painter, const QColor& color, double y) {
+    painter.save();
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    painter.drawEllipse(QPointF(14, y), 1.4, 1.4);
+    painter.restore();
+  }
+
+  ui::BoxIcon icon_;
+};
+
+}  // namespace
+
+ui::BoxAnswer MessageWindow::SafeAnswer(ui::BoxStyle style) {
+  return style.buttons == ui::BoxButtons::kYesNo ? ui::BoxAnswer::kNo : ui::BoxAnswer::kOk;
+}
+
+MessageWindow::MessageWindow(std::u16string_view text, std::u16string_view caption,
+                             ui::BoxStyle style, QWidget* parent)
+    : QDialog(parent), style_(style), answer_(SafeAnswer(style)) {
+  setObjectName(QStringLiteral("messageBox"));
+  setWindowTitle(ToQt(caption));
+  setAccessibleName(ToQt(caption));
+  setAccessibleDescription(ToQt(text));
+
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(kMargin, kMargin, kMargin, kMargin - 4);
+  column->setSpacing(0);
+  auto* top = new QHBoxLayout;
+  top->setSpacing(14);
+  top->addWidget(new BoxSign(style.icon, this), 0, Qt::AlignTop);
+  auto* words = new QVBoxLayout;
+  words->setSpacing(6);
+  auto* heading = new QLabel(ToQt(caption), this);
+  heading->setTextFormat(Qt::PlainText);
+  heading->setFont(FontFor(TextRole::kTitle));
+  heading->setWordWrap(true);
+  heading->setMinimumHeight(Scaled(28));
+  words->addWidget(heading);
+  auto* body = new QLabel(ToQt(text), this);
+  body->setObjectName(QStringLiteral("messageText"));
+  body->setTextFormat(Qt::PlainText);
+  body->setFont(FontFor(TextRole::kBase));
+  body->setWordWrap(true);
+  body->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  words->addWidget(body);
+  top->addLayout(words, 1);
+  column->addLayout(top, 1);
+  column->addSpacing(kMargin);
+
+  auto* row = new QWidget(this);
+  auto* buttons = new QHBoxLayout(row);
+  buttons->setContentsMargins(0, 0, 0, 0);
+  buttons->setSpacing(10);
+  if (style.buttons == ui::BoxButtons::kYesNo) {
+    AddButton(row, QStringLiteral("Yes"), ui::BoxAnswer::kYes, true);
+    AddButton(row, QStringLiteral("No"), ui::BoxAnswer::kNo, false);
+  } else {
+    AddButton(row, QStringLiteral("OK"), ui::BoxAnswer::kOk, true);
+  }
+  column->addWidget(row);
+
+  const int most =
+      parent != nullptr ? parent->window()->width() : screen()->availableGeometry().width();
+  setFixedWidth(std::max(240, std::min(most - 16, std::max(kWidth, Scaled(kWidth)))));
+}
+
+void MessageWindow::AddButton(QWidget* row, const QString& text, ui::BoxAnswer answer,
+                              bool primary) {
+  auto* button = new QPushButton(text, row);
+  button->setObjectName(QStringLiteral("answer%1").arg(static_cast<int>(answer)));
+  button->setProperty("primary", primary);
+  button->setFont(FontFor(TextRole::kKey));
+  button->setMinimumHeight(MenuItemHeight());
+  button->setAutoDefault(true);
+  button->setDefault(primary);
+  row->layout()->addWidget(button);
+  connect(button, &QPushButton::clicked, this, [this, answer] { Give(answer); });
+  if (primary) {
+    button->setFocus();
+  }
+}
+
+void MessageWindow::Give(ui::BoxAnswer answer) {
+  if (given_) {
+    return;
+  }
+  given_ = true;
+  answer_ = answer;
+  hide();
+  Q_EMIT Answered();
+}
+
+void MessageWindow::reject() {
+  Give(SafeAnswer(style_));
+}
+
+void MessageWindow::keyPressEvent(QKeyEvent* event) {
+  const QString letter = event->text().toUpper();
+  if (style_.buttons == ui::BoxButtons::kYesNo && letter == QLatin1String("Y")) {
+    Give(ui::BoxAnswer::kYes);
+  } else if (style_.buttons == ui::BoxButtons::kYesNo && letter == QLatin1String("N")) {
+    Give(ui::BoxAnswer::kNo);
+  } else if (event->key() == Qt::Key_Back) {
+    reject();
+  } else {
+    QDialog::keyPressEvent(event);
+  }
+}
+
+void MessageWindow::closeEvent(QCloseEvent* event) {
+  event->ignore();
+  reject();
+}
+
+// In the middle of the window it belongs to.
+void MessageWindow::showEvent(QShowEvent* event) {
+  QDialog::showEvent(event);
+  adjustSize();
+  if (const QWidget* owner = parentWidget()) {
+    const QRect frame = owner->window()->frameGeometry();
+    move(frame.center() - QPoint(width() / 2, height() / 2));
+  }
+  QAccessibleEvent alert(this, QAccessible::Alert);
+  QAccessible::updateAccessibility(&alert);
+}
+
+}  // namespace kelpin::qt

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QDialog>
+#include <string_view>
+
+#include "ui/screen.h"
+
+namespace kelpin::qt {
+
+// A message box. Escape and the close box give the answer that changes nothing.
+class MessageWindow : public QDialog {
+  Q_OBJECT
+
+ public:
+  MessageWindow(std::u16string_view text, std::u16string_view caption, ui::BoxStyle style,
+                QWidget* parent);
+
+  static ui::BoxAnswer SafeAnswer(ui::BoxStyle style);
+  ui::BoxAnswer Answer() const { return answer_; }
+
+  void reject() override;
+
+ Q_SIGNALS:
+  void Answered();
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+  void closeEvent(QCloseEvent* event) override;
+  void showEvent(QShowEvent* event) override;
+
+ private:
+  void AddButton(QWidget* row, const QString& text, ui::BoxAnswer answer, bool primary);
+  void Give(ui::BoxAnswer answer);
+
+  const ui::BoxStyle style_;
+  ui::BoxAnswer answer_;
+  bool given_ = false;
+};
+
+}  // namespace kelpin::qt

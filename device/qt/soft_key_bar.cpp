@@ -1,0 +1,261 @@
+#include "device/qt/soft_key_bar.h"
+
+#include <QAccessible>
+#include <QAccessibleWidget>
+#include <QEvent>
+#include <QFontMetrics>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QScreen>
+#include <algorithm>
+
+#include "device/qt/icons.h"
+#include "device/qt/style.h"
+#include "device/qt/text.h"
+#include "device/qt/theme.h"
+
+namespace kelpin::qt {
+namespace {
+
+constexpr int kIconGap = 6;
+constexpr int kWidestPair = 640;  // keys of a wide window stay together in its middle
+
+class SoftKeyAccessible : public QAccessibleWidget {
+ public:
+  explicit SoftKeyAccessible(SoftKeyButton* key)
+      : QAccessibleWidget(key,
+                          key->Menu() != nullptr ? QAccessible::ButtonMenu : QAccessible::Button) {
+    addControllingSignal(QStringLiteral("clicked()"));
+  }
+
+  int childCount() const override { return Menu() != nullptr ? 1 : 0; }
+  QAccessibleInterface* child(int index) const override {
+    return index == 0 && Menu() != nullptr ? QAccessible::queryAccessibleInterface(Menu())
+                                           : nullptr;
+  }
+  int indexOfChild(const QAccessibleInterface* child) const override {
+    return child != nullptr && child->object() == Menu() && Menu() != nullptr ? 0 : -1;
+  }
+  QStringList actionNames() const override { return {pressAction(), setFocusAction()}; }
+  void doAction(const QString& action) override {
+    if (action == pressAction()) {
+      static_cast<SoftKeyButton*>(object())->animateClick();
+    } else {
+      QAccessibleWidget::doAction(action);
+    }
+  }
+
+ private:
+  PopupMenu* Menu() const { return static_cast<SoftKeyButton*>(object())->Menu(); }
+};
+
+QAccessibleInterface* MakeAccessible(const QString& /*key*/, QObject* object) {
+  auto* key = qobject_cast<SoftKeyButton*>(object);
+  return key == nullptr ? nullptr : new SoftKeyAccessible(key);
+}
+
+}  // namespace
+
+void InstallSoftKeyAccessibility() {
+  QAccessible::installFactory(MakeAccessible);
+}
+
+SoftKeyButton::SoftKeyButton(QWidget* parent) : QAbstractButton(parent) {
+  setFocusPolicy(Qt::StrongFocus);
+  setAttribute(Qt::WA_Hover);
+}
+
+void SoftKeyButton::Apply(const ui::SoftKey& key) {
+  if (key == key_) {
+    return;
+  }
+  const bool iconChanged = key.icon != key_.icon;
+  key_ = key;
+  setText(ToQt(key.text));
+  setAccessibleName(text());
+  setEnabled(key.enabled);
+  if (iconChanged || icon_.isNull()) {
+    LoadIcon();
+  }
+  update();
+}
+
+void SoftKeyButton::LoadIcon() {
+  icon_ =
+      LineIcon(QString::fromStdString(key_.icon),
+               palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled, kAccentRole),
+               Scaled(20), devicePixelRatioF());
+}
+
+void SoftKeyButton::changeEvent(QEvent* event) {
+  QAbstractButton::changeEvent(event);
+  if (event->type() == QEvent::PaletteChange || event->type() == QEvent::EnabledChange ||
+      event->type() == QEvent::FontChange) {
+    LoadIcon();
+    update();
+  }
+}
+
+QSize SoftKeyButton::sizeHint() const {
+  const QFontMetrics metrics(FontFor(TextRole::kKey));
+  return {metrics.horizontalAdvance(text()) + Scaled(20) + kIconGap + 32, SoftKeyBarHeight()};
+}
+
+void SoftKeyButton::paintEvent(QPaintEvent* /*event*/) {
+  QPainter painter(this);
+  const QPalette& colors = palette();
+  const QRect inside = rect().adjusted(6, 6, -6, -6);
+  if (isEnabled() && (isDown() || (menu_ != nullptr && menu_->isVisible()))) {
+    DrawPanel(painter, inside, colors.color(kSelectionRole), Qt::transparent, 0);
+  } else if (isEnabled() && underMouse()) {
+    DrawPanel(painter, inside, colors.color(kHoverRole), Qt::transparent, 0);
+  }
+  if (hasFocus()) {
+    DrawPanel(painter, inside, Qt::transparent, colors.color(kAccentRole), kFocusRing);
+  }
+  painter.setFont(FontFor(TextRole::kKey));
+  painter.setPen(colors.color(kAccentRole));
+  const int icon = icon_.isNull() ? 0 : Scaled(20);
+  const int gap = icon == 0 ? 0 : kIconGap;
+  const int room = inside.width() - icon - gap - 8;
+  const QString shown = painter.fontMetrics().elidedText(text(), Qt::ElideRight, room);
+  const int words = painter.fontMetrics().horizontalAdvance(shown);
+  const int left = inside.left() + (inside.width() - icon - gap - words) / 2;
+  if (icon > 0) {
+    painter.drawPixmap(left, inside.top() + (inside.height() - icon) / 2, icon_);
+  }
+  painter.drawText(QRect(left + icon + gap, inside.top(), words + 4, inside.height()),
+                   static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine), shown);
+}
+
+void SoftKeyButton::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+    event->accept();
+    click();
+    return;
+  }
+  QAbstractButton::keyPressEvent(event);
+}
+
+// Upward from the key, within the screen.
+void SoftKeyButton::OpenMenu() {
+  if (menu_ == nullptr || menu_->isEmpty() || !isEnabled()) {
+    return;
+  }
+  const QSize size = menu_->sizeHint();
+  const QRect frame = window()->frameGeometry();
+  QPoint at = mapToGlobal(QPoint(width() - size.width() - 6, -size.height()));
+  at.setX(std::clamp(at.x(), frame.left(), std::max(frame.left(), frame.right() - size.width())));
+  if (const QScreen* screen = this->screen()) {
+    at.setY(std::max(at.y(), screen->availableGeometry().top()));
+  }
+  menu_->popup(at);
+  update();
+}
+
+SoftKeyBar::SoftKeyBar(ui::Dialog& dialog, QWidget* parent) : QWidget(parent), dialog_(dialog) {
+  setObjectName(QStringLiteral("softKeys"));
+}
+
+bool SoftKeyBar::Sync() {
+  const std::shared_ptr<ui::MenuBar> bar = dialog_.Bar();
+  const std::size_t count = bar ? bar->KeyCount() : 0;
+  done_ = count == 0 && dialog_.HasDoneButton();
+  SetKeyCount(done_ ? 1 : count);
+  if (done_) {
+    ui::SoftKey key;
+    key.command = ui::kCommandOk;
+    key.text = u"Done";
+    keys_.front()->Apply(key);
+  }
+  for (std::size_t i = 0; i < count; ++i) {
+    const ui::SoftKey key = bar->KeyAt(i);
+    SoftKeyButton* button = keys_[i];
+    ui::Menu* menu = key.dropDown ? bar->SubMenu(key.command) : nullptr;
+    if (menu != nullptr) {
+      if (button->Menu() == nullptr) {
+        button->SetMenu(new PopupMenu([this](int command) { dialog_.Command(command); }, button));
+        connect(button->Menu(), &QMenu::aboutToHide, button, [button] { button->update(); });
+      }
+      button->Menu()->SetItems(menu->Items());
+      button->Menu()->setAccessibleName(ToQt(key.text));
+    }
+    button->Apply(key);
+  }
+  return !keys_.empty();
+}
+
+void SoftKeyBar::SetKeyCount(std::size_t count) {
+  if (keys_.size() == count) {
+    return;
+  }
+  for (SoftKeyButton* key : keys_) {
+    key->hide();
+    key->deleteLater();
+  }
+  keys_.clear();
+  for (std::size_t i = 0; i < count; ++i) {
+    auto* key = new SoftKeyButton(this);
+    key->setObjectName(QStringLiteral("key%1").arg(i));
+    connect(key, &QAbstractButton::clicked, this, [this, i] { Press(i); });
+    key->show();
+    keys_.push_back(key);
+  }
+  LayOut();
+}
+
+void SoftKeyBar::Press(std::size_t index) {
+  if (done_) {
+    dialog_.Command(ui::kCommandOk);
+  } else if (index < keys_.size() && keys_[index]->Menu() != nullptr) {
+    keys_[index]->OpenMenu();
+  } else {
+    dialog_.PressSoftKey(index);
+  }
+}
+
+bool SoftKeyBar::PressLetter(char16_t letter) {
+  for (SoftKeyButton* key : keys_) {
+    if (!key->text().isEmpty() && key->text().front().toUpper() == QChar(letter)) {
+      key->click();
+      return true;
+    }
+  }
+  return false;
+}
+
+bool SoftKeyBar::OpenMenu() {
+  const auto found = std::find_if(keys_.begin(), keys_.end(), [](const SoftKeyButton* key) {
+    return key->Menu() != nullptr && key->isEnabled();
+  });
+  if (found == keys_.end()) {
+    return false;
+  }
+  (*found)->OpenMenu();
+  return true;
+}
+
+void SoftKeyBar::resizeEvent(QResizeEvent* /*event*/) {
+  LayOut();
+}
+
+void SoftKeyBar::LayOut() {
+  if (keys_.empty()) {
+    return;
+  }
+  const int pair = std::min(width(), std::max(kWidestPair, Scaled(kWidestPair)));
+  const int each = pair / std::max(2, static_cast<int>(keys_.size()));
+  int x = (width() - each * static_cast<int>(keys_.size())) / 2;
+  for (SoftKeyButton* key : keys_) {
+    key->setGeometry(x, 1, each, height() - 1);
+    x += each;
+  }
+}
+
+void SoftKeyBar::paintEvent(QPaintEvent* /*event*/) {
+  QPainter painter(this);
+  painter.fillRect(rect(), palette().color(QPalette::Window));
+  painter.fillRect(0, 0, width(), 1, palette().color(kHairlineRole));
+}
+
+}  // namespace kelpin::qt

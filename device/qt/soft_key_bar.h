@@ -1,0 +1,71 @@
+#pragma once
+
+#include <QAbstractButton>
+#include <QWidget>
+#include <vector>
+
+#include "device/qt/popup_menu.h"
+#include "ui/dialog.h"
+
+namespace kelpin::qt {
+
+// One flat key; a drop-down one owns its menu.
+class SoftKeyButton : public QAbstractButton {
+  Q_OBJECT
+
+ public:
+  explicit SoftKeyButton(QWidget* parent);
+
+  void Apply(const ui::SoftKey& key);
+  void SetMenu(PopupMenu* menu) { menu_ = menu; }
+  PopupMenu* Menu() const { return menu_; }
+  void OpenMenu();
+
+  QSize sizeHint() const override;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void changeEvent(QEvent* event) override;
+
+ private:
+  void LoadIcon();
+
+  ui::SoftKey key_;
+  PopupMenu* menu_ = nullptr;
+  QPixmap icon_;
+};
+
+// The soft keys at a dialog's foot, or a Done key where the dialog has none.
+class SoftKeyBar : public QWidget {
+  Q_OBJECT
+
+ public:
+  SoftKeyBar(ui::Dialog& dialog, QWidget* parent);
+
+  // False when there is nothing to show.
+  bool Sync();
+  // The key whose text starts with `letter`, upper case. True when there is one.
+  bool PressLetter(char16_t letter);
+  // Opens the first menu. True when there is one.
+  bool OpenMenu();
+  const std::vector<SoftKeyButton*>& Keys() const { return keys_; }
+
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  void SetKeyCount(std::size_t count);
+  void Press(std::size_t index);
+  void LayOut();
+
+  ui::Dialog& dialog_;
+  std::vector<SoftKeyButton*> keys_;
+  bool done_ = false;  // the one key is the Done key
+};
+
+// Makes a drop-down key's menu a part of the accessible tree, which pop-ups are not.
+void InstallSoftKeyAccessibility();
+
+}  // namespace kelpin::qt

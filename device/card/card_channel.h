@@ -47,6 +47,8 @@ class CardChannel {
   // Keeps other programs off the card from Begin to End. Nesting is counted.
   virtual TransportError BeginTransaction() = 0;
   virtual void EndTransaction() = 0;
+  // True when another program may have selected a file since the last transaction ended.
+  virtual bool OthersMaySelect() const { return false; }
   virtual void SetListener(CardChannelListener* listener) = 0;  // null: none
   // For messages: "software card /path/card.json", "reader XYZ 00 00".
   virtual std::string Description() const = 0;

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace kelpin::device::card {
+
+// Alpha identifiers (TS 31.102 annex A, TS 51.011 annex B): the GSM default alphabet with one
+// septet a byte, or UCS-2 in one of three forms that start with 80, 81 or 82. Unused bytes are FF.
+
+// The field's text. Broken lengths end at the field's end; a byte that stands for nothing becomes
+// U+FFFD; U+0000
+// and U+FFFF are left out.
+std::u16string DecodeAlpha(std::span<const std::uint8_t> field);
+
+// Writes the text in the form that takes the fewest bytes (of two equal ones the plainer) and fills
+// the rest with FF. False, and the field untouched, when no form fits or the text holds U+0000 or
+// U+FFFF.
+[[nodiscard]] bool EncodeAlpha(std::u16string_view text, std::span<std::uint8_t> field);
+
+}  // namespace kelpin::device::card

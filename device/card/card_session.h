@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string_view>
+#include <vector>
+
+#include "device/card/card_files.h"
+#include "device/card/entry_writer.h"
+#include "device/card/phonebook_files.h"
+#include "platform/sim_result.h"
+
+namespace kelpin::device::card {
+
+// The card that is in now, for one thread. Connects when something is wanted of it and after it was
+// lost; knows when it is another card than before.
+class CardSession {
+ public:
+  explicit CardSession(CardFiles& files) : files_(files), book_(files) {}
+
+  PhonebookFiles& Book() { return book_; }
+
+  // Connected, and the phone book found. PIN wanted: kPinRequired, blocked: kPukRequired.
+  platform::SimResult Ready();
+  // Runs `operation` on the ready card. When the card was reset under it, connects and runs it once
+  // more; it must change nothing.
+  platform::SimResult Read(const std::function<platform::SimResult()>& operation);
+  // Runs `operation` once, within a transaction. kWrongSim, with nothing run, while the card is
+  // another than the one the callers know.
+  platform::SimResult Change(const std::function<CardResult()>& operation);
+  // Changes one entry. What a lost answer leaves in doubt is read back from the card.
+  WriteOutcome ChangeEntry(std::uint32_t location,
+                           const std::function<WriteOutcome(EntryWriter&)>& operation);
+
+  // The callers look at the card afresh: another card is no longer unexpected.
+  void Accept() { swapped_ = false; }
+  bool Swapped() const { return swapped_; }
+  // Nothing is answered from memory any more.
+  void Forget();
+  // The card is out, or was reset: connect again before anything else.
+  void Drop();
+
+  platform::SimResult GetPinState(PinState& state);
+  // Sends nothing when one try is left, unless `evenTheLastTry`.
+  platform::SimResult VerifyPin(std::string_view code, bool evenTheLastTry, PinState& state);
+
+ private:
+  platform::SimResult Connect();
+  platform::SimResult Explain(platform::SimResult result);
+  void ReadBack(std::uint32_t location, WriteOutcome& outcome);
+
+  CardFiles& files_;
+  PhonebookFiles book_;
+  std::vector<std::uint8_t> iccid_;  // of the card that was in last; empty: not known
+  bool swapped_ = false;
+};
+
+}  // namespace kelpin::device::card

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "device/card/adn_record.h"
+#include "device/card/card_layout.h"
+#include "device/card/extension_file.h"
+#include "platform/sim_result.h"
+
+namespace kelpin::device::card {
+
+// What came of changing an entry.
+struct WriteOutcome {
+  platform::SimResult result = platform::SimResult::kOk;
+  // The update of the entry's own record was sent and nobody knows whether the card carried it out:
+  // it did when the record now holds `intended`.
+  bool doubtful = false;
+  std::vector<std::uint8_t> intended;
+  bool changed = true;  // false: the card already held what was wanted
+};
+
+// Changes entries, with the records of EF_EXT1 that long numbers need. Whatever is cut short, no
+// other entry changes: extension records are written before the entry that points at them, into
+// records that nothing points at, and given back after it has let go of them. Call within a
+// transaction, after CardLayout::Discover.
+class EntryWriter {
+ public:
+  explicit EntryWriter(CardLayout& layout) : layout_(layout) {}
+
+  // Writes the whole location. `international` adds to what a '+' in the address says. What the
+  // card holds already (a name in another form, a longer chain) is left as it stands.
+  WriteOutcome Write(std::uint32_t location, std::u16string_view name, std::u16string_view address,
+                     bool international);
+  // A free location is a success without a change.
+  WriteOutcome Delete(std::uint32_t location);
+
+ private:
+  // What the record holds before it is changed.
+  struct Before {
+    EntryPlace place;
+    std::vector<std::uint8_t> record;
+    DialNumber number;  // with the digits in EF_EXT1
+    RecordSet chain;
+    AdnView View() const { return AdnView(record); }
+  };
+
+  platform::SimResult ReadBefore(std::uint32_t location, Before& before);
+  WriteOutcome Put(const Before& before, const std::vector<std::uint8_t>& record);
+  // Records for a chain of `count`: free ones, then ones that nothing points at, then the entry's
+  // own.
+  platform::SimResult Allocate(const Before& before, std::size_t count,
+                               std::vector<std::uint8_t>& records);
+  // Gives back the records of `chain` that no entry points at. What fails is found again by
+  // Allocate.
+  void Release(const Before& before, const RecordSet& chain);
+
+  // The extension records that anything but this entry points at.
+  CardResult Referenced(const Before& before, RecordSet& referenced);
+  CardResult AddAdnReferences(RecordFile& adn, std::uint8_t except, ExtensionFile& extensions,
+                              RecordSet& referenced);
+  CardResult AddAnrReferences(RecordFile& anr, ExtensionFile& extensions, RecordSet& referenced);
+
+  CardLayout& layout_;
+};
+
+}  // namespace kelpin::device::card

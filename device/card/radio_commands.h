@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <vector>
+
+#include "device/card/card_session.h"
+#include "platform/radio_interface.h"
+
+namespace kelpin::device::card {
+
+// The result of one radio command, as it goes to the session's callback.
+struct RadioAnswer {
+  std::uint32_t code = platform::kRilResultError;
+  std::vector<std::uint8_t> data;
+  bool ownNumbersChanged = false;  // EF_MSISDN was written
+};
+
+// Carries out the radio interface's commands on the card. Where the card refuses a SIM command the
+// answer is an error that holds the response header with the card's status word.
+class RadioCommands {
+ public:
+  explicit RadioCommands(CardSession& session) : session_(session) {}
+
+  // RilPhonebookEntry records, or RilPhonebookEntryEx with the hidden flag.
+  RadioAnswer ReadEntries(std::uint32_t first, std::uint32_t last, bool extended);
+  RadioAnswer RestrictedCommand(std::uint32_t command,
+                                const platform::RilSimCmdParameters& parameters,
+                                std::span<const std::uint8_t> data);
+  RadioAnswer FileCommand(const platform::RilSimFileCommand& command);
+  RadioAnswer FreeExtensionRecords();
+
+ private:
+  // Finds a file and, for commands on a record, the record of it.
+  using Find = std::function<CardResult(RecordFile*& file, std::uint8_t& record)>;
+
+  RadioAnswer OnFile(std::uint32_t operation, const Find& find, std::span<const std::uint8_t> data);
+  RadioAnswer GetResponse(const Find& find);
+  RadioAnswer ReadRecord(const Find& find);
+  RadioAnswer UpdateRecord(const Find& find, std::span<const std::uint8_t> data);
+
+  CardSession& session_;
+};
+
+}  // namespace kelpin::device::card

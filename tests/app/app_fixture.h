@@ -156,6 +156,31 @@ class AppTest : public testing::Test {
     return indexes;
   }
 
+  void PutThree() {
+    device.sim.SetEntry(1, u"Anna", u"111");
+    device.sim.SetEntry(2, u"Bert", u"222");
+    device.sim.SetEntry(3, u"Cem", u"333");
+  }
+  // This row alone, as a press on it would leave it.
+  void Select(int row) {
+    constexpr std::uint32_t kState = ui::kItemSelected | ui::kItemFocused;
+    List().SetItemState(-1, 0, ui::kItemSelected);
+    List().SetItemState(row, kState, kState);
+    List().SetSelectionMark(row);
+  }
+
+  // No load runs, and everything that one turns off is on again.
+  void ExpectAtRest() {
+    EXPECT_FALSE(IsListLoading(*state));
+    EXPECT_TRUE(List().Notifying());
+    EXPECT_TRUE(List().Visible());
+    EXPECT_FALSE(device.screen.WaitCursor());
+    EXPECT_TRUE(Menu().IsEnabled(res::kCommandRefresh));
+    EXPECT_TRUE(SoftKeyEnabled(0));
+    EXPECT_TRUE(SoftKeyEnabled(1));
+    EXPECT_EQ(Menu().IsEnabled(res::kCommandDelete), List().SelectedCount() > 0);
+  }
+
   void SetSwitch(std::u16string_view name, std::uint32_t value) {
     device.registry.PutDword(platform::RegistryRoot::kLocalMachine, kProgramKey, name, value);
   }

@@ -202,7 +202,8 @@ TEST_F(CommandsTest, TheContextMenuGreysWhatNobodyRuns) {
   Open();
   List().LongPress(0, {50, 70});
   ASSERT_EQ(device.screen.Popups().size(), 1u);
-  for (const ui::MenuItem& item : device.screen.Popups()[0].items) {
+  const test::ShownPopup popup = device.screen.Popups()[0];
+  for (const ui::MenuItem& item : popup.items) {
     EXPECT_EQ(item.enabled, item.command == res::kCommandDelete) << item.command;
   }
 }

@@ -14,6 +14,7 @@ using platform::RegistryRoot;
 using platform::RegistryType;
 
 constexpr std::size_t kWrapColumn = 78;
+constexpr std::size_t kMaxCommentBehind = 1000;
 
 bool IsControl(char16_t unit) {
   return unit < 0x20 || unit == 0x7F;
@@ -89,8 +90,10 @@ std::string Render(const RegValue& value) {
   } else {
     AppendBytes(value, line);
   }
-  if (!value.comment.empty()) line += "  " + value.comment;
-  return line;
+  if (value.comment.empty()) return line;
+  // A long one goes before, for lines have a limit.
+  if (value.comment.size() > kMaxCommentBehind) return value.comment + "\n" + line;
+  return line + "  " + value.comment;
 }
 
 std::string Render(const RegSection& section) {

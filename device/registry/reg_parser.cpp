@@ -95,6 +95,7 @@ bool RegParser::Parse(std::string_view bytes) {
         !Utf8FromUtf16(Utf16FromLittleEndian(std::span(first, bytes.size())), converted_)) {
       return Fail("the text is not proper UTF-16");
     }
+    if (converted_.size() > kMaxFileBytes) return Fail("the file is larger than 4 MiB as UTF-8");
     bytes = converted_;
   } else if (bytes.starts_with(kUtf8Mark)) {
     bytes.remove_prefix(kUtf8Mark.size());

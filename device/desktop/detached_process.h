@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kelpin::device::desktop {
+
+// Starts the first argument (looked for on PATH) with exactly these arguments and no shell, in a
+// session of its own, its input empty. True when it runs; it is never left a zombie.
+[[nodiscard]] bool StartDetached(const std::vector<std::string>& arguments);
+
+}  // namespace kelpin::device::desktop

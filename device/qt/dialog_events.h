@@ -14,6 +14,8 @@ class DialogEvents {
   // True when the dialog used the key up.
   virtual bool OfferKey(const QKeyEvent& event) = 0;
   virtual ui::Point ToDialog(QPoint global) const = 0;
+  // False once the dialog has ended: it is told nothing more.
+  virtual bool Live() const = 0;
 };
 
 }  // namespace kelpin::qt

@@ -36,6 +36,7 @@ class DialogWindow : public QDialog, public DialogEvents {
 
   bool OfferKey(const QKeyEvent& event) override;
   ui::Point ToDialog(QPoint global) const override;
+  bool Live() const override { return !finished_; }
 
   void reject() override {}  // Escape is the dialog's
   // Without what QDialog adds: it would select the text of the field that has the focus.

@@ -86,7 +86,7 @@ void EditField::PutSelection(int start, int end) {
 }
 
 void EditField::Edited(const QString& text) {
-  if (applying_) {
+  if (applying_ || !events_.Live()) {
     return;
   }
   const int caret = cursorPosition();
@@ -113,7 +113,7 @@ void EditField::Edited(const QString& text) {
 }
 
 void EditField::TellSelection() {
-  if (applying_) {
+  if (applying_ || !events_.Live()) {
     return;
   }
   // While a key is being handled the text may be ahead of the dialog's; Edited follows and tells.
@@ -136,13 +136,16 @@ void EditField::keyPressEvent(QKeyEvent* event) {
 
 void EditField::focusInEvent(QFocusEvent* event) {
   QLineEdit::focusInEvent(event);
-  if (event->reason() != Qt::PopupFocusReason) {
+  if (event->reason() != Qt::PopupFocusReason && events_.Live()) {
     dialog_.FocusByUser(control_);
     TellSelection();
   }
 }
 
 void EditField::OpenMenu(QPoint global) {
+  if (!events_.Live()) {
+    return;
+  }
   dialog_.FocusByUser(control_);
   dialog_.LongPressEdit(control_, events_.ToDialog(global));
 }

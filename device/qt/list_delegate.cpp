@@ -9,6 +9,10 @@
 
 namespace kelpin::qt {
 
+int CheckBoxRoom() {
+  return kListMargin + CheckBoxSize() + 14;
+}
+
 ListDelegate::ListDelegate(ui::ListView& list, ListModel& model, QObject* parent)
     : QStyledItemDelegate(parent), list_(list), model_(model) {}
 
@@ -38,11 +42,11 @@ void ListDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
 
   QRect words = rect.adjusted(column == 0 ? kListMargin : kCellPadding, 0, -kCellPadding, -1);
   if (column == 0 && model_.HasCheckBoxes()) {
-    const QRect box(rect.left() + kListMargin, rect.top() + (rect.height() - kCheckBoxSize) / 2,
-                    kCheckBoxSize, kCheckBoxSize);
+    const int side = CheckBoxSize();
+    const QRect box(rect.left() + kListMargin, rect.top() + (rect.height() - side) / 2, side, side);
     DrawCheckBox(*painter, box, palette, (state & ui::kItemStateImageMask) == ui::kItemChecked,
                  true);
-    words.setLeft(rect.left() + kCheckBoxRoom);
+    words.setLeft(rect.left() + CheckBoxRoom());
   }
   painter->setPen(
       palette.color(selected || column == model_.NameColumn() ? QPalette::Text : kMutedRole));

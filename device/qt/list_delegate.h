@@ -9,7 +9,7 @@ namespace kelpin::qt {
 inline constexpr int kCellPadding = 12;
 inline constexpr int kListMargin = 16;  // left of the first column, right of the last
 // From the row's left edge to the text of a list with check boxes.
-inline constexpr int kCheckBoxRoom = 52;
+int CheckBoxRoom();
 
 // Draws a cell from the list's own state.
 class ListDelegate : public QStyledItemDelegate {

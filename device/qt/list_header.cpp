@@ -12,7 +12,7 @@
 namespace kelpin::qt {
 namespace {
 
-constexpr int kArrowRoom = 18;
+constexpr int kArrowRoom = 18;  // times the text size
 
 void DrawArrow(QPainter& painter, QPointF center, bool up, double unit) {
   const double point = up ? -4 * unit : 4 * unit;
@@ -58,10 +58,10 @@ void ListHeader::paintSection(QPainter* painter, const QRect& rect, int section)
   const bool right = model_.IsIndexColumn(section);
   int left = section == 0 ? kListMargin : kCellPadding;
   if (section == 0 && model_.HasCheckBoxes()) {
-    left = kCheckBoxRoom;
+    left = CheckBoxRoom();
   }
   const QRect room = rect.adjusted(left, 0, -kCellPadding, 0);
-  const int arrow = sorts ? kArrowRoom : 0;
+  const int arrow = sorts ? Scaled(kArrowRoom) : 0;
   const QString text =
       metrics.elidedText(ToQt(model_.Columns()[static_cast<std::size_t>(section)].text),
                          Qt::ElideRight, std::max(0, room.width() - arrow));
@@ -75,7 +75,7 @@ void ListHeader::paintSection(QPainter* painter, const QRect& rect, int section)
   if (sorts) {
     painter->setPen(QPen(palette().color(QPalette::WindowText), 1.4, Qt::SolidLine, Qt::RoundCap,
                          Qt::RoundJoin));
-    DrawArrow(*painter, QPointF(start + width + kArrowRoom / 2.0 + 2, rect.center().y() + 0.5),
+    DrawArrow(*painter, QPointF(start + width + arrow / 2.0 + 2, rect.center().y() + 0.5),
               list_.SortArrowDirection() == ui::SortArrow::kAscending, Scaled(100) / 100.0);
   }
   painter->restore();

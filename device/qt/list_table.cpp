@@ -105,7 +105,7 @@ void ListTable::Sync() {
   viewport()->update();
 }
 
-// The last column is as wide as the program says, but no wider than what there is to see in it:
+// The last column is as wide as what there is to see in it, whatever more the program gives it:
 // long numbers scroll into view, emptiness does not.
 void ListTable::LayOutColumns() {
   const std::vector<ui::Column>& columns = model_->Columns();
@@ -114,25 +114,30 @@ void ListTable::LayOutColumns() {
   }
   layingOut_ = true;
   const int last = static_cast<int>(columns.size()) - 1;
-  widest_ = std::max(widest_, WidestInSight());
   int used = 0;
   for (int column = 0; column < last; ++column) {
-    const int width =
-        std::max(header_->minimumSectionSize(), columns[static_cast<std::size_t>(column)].width);
+    const int width = ColumnWidth(column);
     header_->resizeSection(column, width);
     used += width;
   }
+  widest_ = model_->rowCount() == 0 ? 0 : std::max(widest_, WidestInSight(last));
   const int room = std::max(header_->minimumSectionSize(), viewport()->width() - used);
   const bool scrolls = (list_.ExtendedStyle() & ui::kListNoHorizontalScroll) == 0;
-  const int wish = std::min(columns.back().width, widest_);
-  header_->resizeSection(last, scrolls ? std::max(room, wish) : room);
+  header_->resizeSection(last, scrolls ? std::max(room, widest_) : room);
   setHorizontalScrollBarPolicy(scrolls ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
   layingOut_ = false;
 }
 
-int ListTable::WidestInSight() {
-  const int column = model_->columnCount() - 1;
-  int widest = delegate_->WidthFor(ToQt(model_->Columns().back().text), column);
+// Numbers in sequence are shown whole, also in large text.
+int ListTable::ColumnWidth(int column) const {
+  const int wish = std::max(header_->minimumSectionSize(),
+                            model_->Columns()[static_cast<std::size_t>(column)].width);
+  return model_->IsIndexColumn(column) ? std::max(wish, WidestInSight(column)) : wish;
+}
+
+int ListTable::WidestInSight(int column) const {
+  int widest =
+      delegate_->WidthFor(ToQt(model_->Columns()[static_cast<std::size_t>(column)].text), column);
   const int rowHeight = verticalHeader()->defaultSectionSize();
   const int first = verticalOffset() / rowHeight;
   const int count = viewport()->height() / rowHeight + 2;
@@ -163,8 +168,8 @@ void ListTable::resizeEvent(QResizeEvent* event) {
 
 void ListTable::scrollContentsBy(int dx, int dy) {
   QTableView::scrollContentsBy(dx, dy);
-  if (dy != 0 && !model_->Columns().empty() && WidestInSight() > widest_) {
-    LayOutColumns();
+  if (dy != 0 && !model_->Columns().empty()) {
+    LayOutColumns();  // wider texts may have come into sight
   }
 }
 
@@ -242,7 +247,7 @@ void ListTable::mouseReleaseEvent(QMouseEvent* event) {
   if (!same || QScroller::scroller(viewport())->state() == QScroller::Dragging) {
     return;
   }
-  if (row >= 0 && model_->HasCheckBoxes() && at.x() + horizontalOffset() < kCheckBoxRoom) {
+  if (row >= 0 && model_->HasCheckBoxes() && at.x() + horizontalOffset() < CheckBoxRoom()) {
     list_.ClickCheckBox(row);
   } else {
     list_.Click(row, row < 0 ? -1 : columnAt(at.x()), ModifiersFromQt(event->modifiers()));
@@ -256,7 +261,7 @@ void ListTable::mouseDoubleClickEvent(QMouseEvent* event) {
   if (event->button() != Qt::LeftButton || row < 0) {
     return;
   }
-  if (model_->HasCheckBoxes() && at.x() + horizontalOffset() < kCheckBoxRoom) {
+  if (model_->HasCheckBoxes() && at.x() + horizontalOffset() < CheckBoxRoom()) {
     mousePressEvent(event);  // two quick presses of a box are two presses
     return;
   }

@@ -35,7 +35,9 @@ class ListTable : public QTableView {
 
  private:
   void LayOutColumns();
-  int WidestInSight();
+  // What the rows in sight need in `column`.
+  int WidestInSight(int column) const;
+  int ColumnWidth(int column) const;
   void Press(int row);
   void Hover(int row);
   void HoldPress();

@@ -9,6 +9,7 @@
 #include <QPainterPath>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollArea>
 #include <algorithm>
 
 #include "device/qt/text.h"
@@ -83,28 +84,32 @@ MessageWindow::MessageWindow(std::u16string_view text, std::u16string_view capti
 
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins(kMargin, kMargin, kMargin, kMargin - 4);
-  column->setSpacing(0);
+  column->setSpacing(12);
   auto* top = new QHBoxLayout;
   top->setSpacing(14);
   top->addWidget(new BoxSign(style.icon, this), 0, Qt::AlignTop);
-  auto* words = new QVBoxLayout;
-  words->setSpacing(6);
   auto* heading = new QLabel(ToQt(caption), this);
   heading->setTextFormat(Qt::PlainText);
   heading->setFont(FontFor(TextRole::kTitle));
   heading->setWordWrap(true);
-  heading->setMinimumHeight(Scaled(28));
-  words->addWidget(heading);
-  auto* body = new QLabel(ToQt(text), this);
+  top->addWidget(heading, 1, Qt::AlignVCenter);
+  column->addLayout(top);
+  // Long texts in large letters scroll, so that the buttons stay on the screen.
+  scroll_ = new QScrollArea(this);
+  scroll_->setFrameShape(QFrame::NoFrame);
+  scroll_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  scroll_->setWidgetResizable(true);
+  scroll_->setFocusPolicy(Qt::NoFocus);
+  auto* body = new QLabel(ToQt(text));
   body->setObjectName(QStringLiteral("messageText"));
   body->setTextFormat(Qt::PlainText);
   body->setFont(FontFor(TextRole::kBase));
   body->setWordWrap(true);
+  body->setAlignment(Qt::AlignLeft | Qt::AlignTop);
   body->setTextInteractionFlags(Qt::TextSelectableByMouse);
-  words->addWidget(body);
-  top->addLayout(words, 1);
-  column->addLayout(top, 1);
-  column->addSpacing(kMargin);
+  scroll_->setWidget(body);
+  column->addWidget(scroll_, 1);
+  column->addSpacing(kMargin - 12);
 
   auto* row = new QWidget(this);
   auto* buttons = new QHBoxLayout(row);
@@ -118,9 +123,18 @@ MessageWindow::MessageWindow(std::u16string_view text, std::u16string_view capti
   }
   column->addWidget(row);
 
-  const int most =
-      parent != nullptr ? parent->window()->width() : screen()->availableGeometry().width();
-  setFixedWidth(std::max(240, std::min(most - 16, std::max(kWidth, Scaled(kWidth)))));
+  FitTo(parent != nullptr ? parent->window()->size() : screen()->availableGeometry().size());
+}
+
+// As wide as reads well, as high as the text needs, within `room`.
+void MessageWindow::FitTo(QSize room) {
+  const int width = std::max(240, std::min(room.width() - 16, std::max(kWidth, Scaled(kWidth))));
+  setFixedWidth(width);
+  const int text = scroll_->widget()->heightForWidth(width - 2 * kMargin);
+  scroll_->setFixedHeight(0);
+  const int frame = layout()->totalHeightForWidth(width);
+  scroll_->setFixedHeight(std::min(text, std::max(Scaled(40), room.height() - 16 - frame)));
+  setFixedHeight(layout()->totalHeightForWidth(width));
 }
 
 void MessageWindow::AddButton(QWidget* row, const QString& text, ui::BoxAnswer answer,
@@ -174,7 +188,6 @@ void MessageWindow::closeEvent(QCloseEvent* event) {
 // In the middle of the window it belongs to.
 void MessageWindow::showEvent(QShowEvent* event) {
   QDialog::showEvent(event);
-  adjustSize();
   if (const QWidget* owner = parentWidget()) {
     const QRect frame = owner->window()->frameGeometry();
     move(frame.center() - QPoint(width() / 2, height() / 2));

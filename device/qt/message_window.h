@@ -5,6 +5,10 @@
 
 #include "ui/screen.h"
 
+QT_BEGIN_NAMESPACE
+class QScrollArea;
+QT_END_NAMESPACE
+
 namespace kelpin::qt {
 
 // A message box. Escape and the close box give the answer that changes nothing.
@@ -31,10 +35,12 @@ class MessageWindow : public QDialog {
  private:
   void AddButton(QWidget* row, const QString& text, ui::BoxAnswer answer, bool primary);
   void Give(ui::BoxAnswer answer);
+  void FitTo(QSize room);
 
   const ui::BoxStyle style_;
   ui::BoxAnswer answer_;
   bool given_ = false;
+  QScrollArea* scroll_ = nullptr;
 };
 
 }  // namespace kelpin::qt

@@ -32,8 +32,7 @@ class ScreenWindows::Nested {
     }
     windows_.nested_.erase(owner_);
     const auto found = windows_.entries_.find(owner_);
-    if (found != windows_.entries_.end() && found->second.dialog->Ended() &&
-        found->second.loop == nullptr) {
+    if (found != windows_.entries_.end() && found->second.dialog->Ended() && !found->second.held) {
       windows_.Ended(*found->second.dialog);
     }
   }
@@ -63,6 +62,11 @@ ScreenWindows::ScreenWindows(ScreenApplication& application, ui::DialogHost& hos
 // Handlers of dialogs that are still open may be gone: none is told.
 ScreenWindows::~ScreenWindows() {
   Over();
+  for (auto& [handle, entry] : entries_) {
+    if (entry.window != nullptr) {
+      entry.window->Finish();
+    }
+  }
   for (auto& [handle, entry] : entries_) {
     delete entry.window;
   }
@@ -123,7 +127,7 @@ ui::WindowHandle ScreenWindows::Open(const ui::DialogTemplate& resource, ui::Win
   const auto dialog = std::make_shared<ui::Dialog>(resource, handle, owner, handler, host_);
   QWidget* parent = WindowOf(owner);
   auto* window = new DialogWindow(dialog, parent);
-  entries_[handle] = Entry{dialog, window, std::move(done), nullptr};
+  entries_[handle] = Entry{dialog, window, std::move(done), nullptr, true};
   window->setMinimumSize(kSmallest.width, kSmallest.height);
   if (parent == nullptr) {
     window->setWindowFlags(Qt::Window);
@@ -141,6 +145,15 @@ ui::WindowHandle ScreenWindows::Open(const ui::DialogTemplate& resource, ui::Win
   dialog->Resize(window->ClientSize());
   window->Sync();
   return handle;
+}
+
+// The dialog is its own from now on.
+void ScreenWindows::LetGo(ui::WindowHandle handle) {
+  Entry& entry = entries_.at(handle);
+  entry.held = false;
+  if (entry.dialog->Ended()) {
+    Ended(*entry.dialog);
+  }
 }
 
 void ScreenWindows::Show(Entry& entry) {
@@ -169,8 +182,9 @@ std::shared_ptr<ui::Dialog> ScreenWindows::CreateDialog(const ui::DialogTemplate
                                                         ui::WindowHandle owner,
                                                         ui::DialogHandler& handler) {
   const ui::WindowHandle handle = Open(resource, owner, handler, false, nullptr);
-  const auto found = entries_.find(handle);
-  return found == entries_.end() ? nullptr : found->second.dialog;
+  const std::shared_ptr<ui::Dialog> dialog = entries_.at(handle).dialog;
+  LetGo(handle);
+  return dialog;
 }
 
 void ScreenWindows::ShowDialog(ui::Dialog& dialog) {
@@ -187,7 +201,7 @@ int ScreenWindows::ModalHere(const ui::DialogTemplate& resource, ui::WindowHandl
   }
   const Nested nested(*this, owner);
   const ui::WindowHandle handle = Open(resource, owner, handler, true, nullptr);
-  Entry& entry = entries_[handle];
+  Entry& entry = entries_.at(handle);
   const std::shared_ptr<ui::Dialog> dialog = entry.dialog;
   QEventLoop loop;
   entry.loop = &loop;
@@ -209,10 +223,8 @@ int ScreenWindows::DialogBox(const ui::DialogTemplate& resource, ui::WindowHandl
   return Await(request, [this, request, &resource, owner, &handler] {
     const ui::WindowHandle handle =
         Open(resource, owner, handler, true, [request](int result) { request->Answer(result); });
-    const auto found = entries_.find(handle);
-    if (found != entries_.end()) {
-      Show(found->second);
-    }
+    Show(entries_.at(handle));
+    LetGo(handle);
   });
 }
 
@@ -227,8 +239,8 @@ void ScreenWindows::Ended(ui::Dialog& dialog) {
     entry.window->Finish();
   }
   if (entry.loop != nullptr) {
-    entry.loop->quit();  // who runs the loop takes the dialog away
-  } else if (nested_.count(dialog.Handle()) == 0) {
+    entry.loop->quit();
+  } else if (!entry.held && nested_.count(dialog.Handle()) == 0) {
     application_.Queue().Post([this, handle = dialog.Handle()] {
       if (nested_.count(handle) == 0) {
         TakeAway(handle);

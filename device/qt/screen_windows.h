@@ -62,6 +62,7 @@ class ScreenWindows : public QObject {
     QPointer<DialogWindow> window;
     std::function<void(int result)> done;
     QEventLoop* loop = nullptr;
+    bool held = false;  // by who opens it or runs its loop, and takes it away
   };
   struct Box {
     QPointer<MessageWindow> window;
@@ -72,6 +73,7 @@ class ScreenWindows : public QObject {
 
   ui::WindowHandle Open(const ui::DialogTemplate& resource, ui::WindowHandle owner,
                         ui::DialogHandler& handler, bool modal, std::function<void(int)> done);
+  void LetGo(ui::WindowHandle handle);
   void Show(Entry& entry);
   void TakeAway(ui::WindowHandle handle);
   int ModalHere(const ui::DialogTemplate& resource, ui::WindowHandle owner,

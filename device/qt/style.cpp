@@ -96,19 +96,25 @@ void DrawProgress(QPainter& painter, const QStyleOptionProgressBar& option) {
 
 void DrawSubMenuArrow(QPainter& painter, const QStyleOption& option) {
   const QPointF center = QRectF(option.rect).center();
-  const double side = option.direction == Qt::RightToLeft ? -1 : 1;
+  const double unit = Scaled(100) / 100.0;
+  const double side = option.direction == Qt::RightToLeft ? -unit : unit;
   painter.save();
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(
-      QPen(option.palette.color(kMutedRole), 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-  painter.drawPolyline(std::array{center + QPointF(-2 * side, -4), center + QPointF(2 * side, 0),
-                                  center + QPointF(-2 * side, 4)}
-                           .data(),
-                       3);
+  painter.setPen(QPen(option.palette.color(kMutedRole), 1.6 * unit, Qt::SolidLine, Qt::RoundCap,
+                      Qt::RoundJoin));
+  painter.drawPolyline(
+      std::array{center + QPointF(-2 * side, -4 * unit), center + QPointF(2 * side, 0),
+                 center + QPointF(-2 * side, 4 * unit)}
+          .data(),
+      3);
   painter.restore();
 }
 
 }  // namespace
+
+int CheckBoxSize() {
+  return std::max(22, Scaled(22));
+}
 
 void DrawPanel(QPainter& painter, const QRect& rect, const QColor& fill, const QColor& border,
                int width) {
@@ -223,7 +229,20 @@ void Style::drawControl(ControlElement element, const QStyleOption* option, QPai
       }
       break;
     case CE_CheckBox: {
-      QProxyStyle::drawControl(element, option, painter, widget);
+      QStyleOption box = *option;
+      box.rect = subElementRect(SE_CheckBoxIndicator, option, widget);
+      drawPrimitive(PE_IndicatorCheckBox, &box, painter, widget);
+      if (const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option)) {
+        const auto group =
+            option->state.testFlag(State_Enabled) ? QPalette::Active : QPalette::Disabled;
+        painter->save();
+        painter->setPen(option->palette.color(group, QPalette::WindowText));
+        painter->drawText(subElementRect(SE_CheckBoxContents, option, widget),
+                          static_cast<int>(Qt::AlignVCenter | Qt::TextShowMnemonic |
+                                           visualAlignment(option->direction, Qt::AlignLeft)),
+                          button->text);
+        painter->restore();
+      }
       if (option->state.testFlag(State_HasFocus)) {
         painter->save();
         painter->setRenderHint(QPainter::Antialiasing);
@@ -296,12 +315,12 @@ QRect Style::subElementRect(SubElement element, const QStyleOption* option,
     case SE_LineEditContents:
       return rect.adjusted(9, 1, -9, -1);
     case SE_CheckBoxIndicator: {
-      const QRect box(rect.left() + 4, rect.top() + (rect.height() - kCheckBoxSize) / 2,
-                      kCheckBoxSize, kCheckBoxSize);
+      const QRect box(rect.left() + 4, rect.top() + (rect.height() - CheckBoxSize()) / 2,
+                      CheckBoxSize(), CheckBoxSize());
       return visualRect(option->direction, rect, box);
     }
     case SE_CheckBoxContents:
-      return visualRect(option->direction, rect, rect.adjusted(4 + kCheckBoxSize + 10, 0, -4, 0));
+      return visualRect(option->direction, rect, rect.adjusted(4 + CheckBoxSize() + 10, 0, -4, 0));
     case SE_CheckBoxClickRect:
     case SE_ProgressBarGroove:
     case SE_ProgressBarContents:
@@ -328,7 +347,7 @@ int Style::pixelMetric(PixelMetric metric, const QStyleOption* option,
       return 0;
     case PM_IndicatorWidth:
     case PM_IndicatorHeight:
-      return kCheckBoxSize;
+      return CheckBoxSize();
     case PM_MenuPanelWidth:
       return 1;
     case PM_MenuVMargin:

@@ -40,7 +40,7 @@ class Style : public QProxyStyle {
   std::function<Look(const QPalette&)> wish_;
 };
 
-inline constexpr int kCheckBoxSize = 22;
+int CheckBoxSize();
 inline constexpr int kFocusRing = 2;
 
 // The check box of forms and lists.

@@ -49,7 +49,8 @@ static_assert(sizeof(RilSimCmdParameters) == 24);
 
 // Result data of every SIM command: this header, then the response bytes. The answer to
 // kRilSimGetResponse is in the form of TS 51.011 9.2.1 (bytes 2-3 file size, byte 14 record
-// length), whatever the card's own form.
+// length), whatever the card's own form. What the card refuses is answered with kRilResultError;
+// the header, where there is one, then holds the card's status word.
 struct RilSimResponse {
   std::uint32_t size = 16;
   std::uint32_t params = 0;

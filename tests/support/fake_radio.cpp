@@ -47,7 +47,7 @@ std::vector<std::uint8_t> FakeRadio::SimResponse(const std::vector<std::uint8_t>
                                                  std::uint32_t statusWord1,
                                                  std::uint32_t statusWord2) {
   platform::RilSimResponse header;
-  header.params = 7;
+  header.params = 3;  // both status words are valid
   header.statusWord1 = statusWord1;
   header.statusWord2 = statusWord2;
   std::vector<std::uint8_t> response;
@@ -63,9 +63,9 @@ std::int32_t FakeRadio::RIL_Initialize(std::uint32_t port, platform::RilResultCa
   ril = 0;
   const bool planned = failures_.Fails("RIL_Initialize");
   MutexLock lock(lock_);
-  if (planned || initializeFails_) return -1;
+  if (planned || initializeFails_ || port != platform::kRilPort) return -1;
   ril = ++lastHandle_;
-  sessions_[ril] = {result, notify, classes, parameter, {}};
+  sessions_[ril] = {result, notify, classes, parameter, {}, false};
   return 0;
 }
 
@@ -77,11 +77,15 @@ std::int32_t FakeRadio::RIL_Deinitialize(RilHandle ril) {
     MutexLock lock(lock_);
     if (planned || deinitializeFails_) return -1;
     const auto found = sessions_.find(ril);
-    if (found == sessions_.end()) return -1;
-    session = found->second;
-    sessions_.erase(found);
+    if (found == sessions_.end() || found->second.closing) return -1;
+    found->second.closing = true;
   }
   callbacks_.Drop(ril);
+  {
+    MutexLock lock(lock_);
+    session = sessions_[ril];
+    sessions_.erase(ril);
+  }
   if (!session.pending.empty()) {
     callbacks_.Post(ril, [session] {
       for (const std::int32_t id : session.pending) {
@@ -150,7 +154,7 @@ std::int32_t FakeRadio::Send(Command command) {
     command.id = ++lastId_;
     commands_.push_back(command);
     const auto session = sessions_.find(command.ril);
-    if (session == sessions_.end()) {
+    if (session == sessions_.end() || session->second.closing) {
       answer = Answer{0, {}, Answering::kNotTaken};
     } else {
       // Known before anybody can deliver the result.
@@ -185,7 +189,7 @@ void FakeRadio::PostResult(RilHandle ril, std::uint32_t code, std::int32_t id,
                            std::vector<std::uint8_t> data) {
   MutexLock lock(lock_);
   const auto found = sessions_.find(ril);
-  if (found == sessions_.end()) return;
+  if (found == sessions_.end() || found->second.closing) return;
   const Session& session = found->second;
   callbacks_.Post(ril, [this, ril, code, id, data = std::move(data), callback = session.result,
                         parameter = session.parameter] {
@@ -205,8 +209,15 @@ FakeRadio::Answer FakeRadio::Execute(const Command& command) {
   }
   if (command.name == "RIL_SendRestrictedSimCmd") {
     MutexLock lock(lock_);
-    return FileCommand(files_, command.parameters.fileId, command.simCommand,
-                       command.parameters.parameter1, command.data);
+    const platform::RilSimCmdParameters& parameters = command.parameters;
+    const auto file = files_.find(parameters.fileId);
+    if (file != files_.end() && command.simCommand != platform::kRilSimGetResponse &&
+        (parameters.parameter2 != platform::kRilSimAbsoluteMode ||
+         parameters.parameter3 != file->second.recordLength)) {
+      return {platform::kRilResultError, SimResponse({}, 0x67, 0x00), Answering::kResult};
+    }
+    return FileCommand(files_, parameters.fileId, command.simCommand, parameters.parameter1,
+                       command.data);
   }
   Answer answer;
   switch (Word(command.block, 0)) {
@@ -233,8 +244,7 @@ FakeRadio::Answer FakeRadio::Execute(const Command& command) {
       return answer;
     }
     default:
-      answer.code = platform::kRilResultError;
-      return answer;
+      return {0, {}, Answering::kNotTaken};
   }
 }
 
@@ -388,7 +398,9 @@ void FakeRadio::Notify(std::uint32_t code, const void* data, std::uint32_t size)
   {
     MutexLock lock(lock_);
     for (const auto& [handle, session] : sessions_) {
-      if (session.notify == nullptr || (session.classes & code & 0xFFFF0000) == 0) continue;
+      if (session.closing || session.notify == nullptr ||
+          (session.classes & code & 0xFFFF0000) == 0)
+        continue;
       callbacks_.Post(handle,
                       [callback = session.notify, parameter = session.parameter, code, bytes] {
                         callback(code, bytes.empty() ? nullptr : bytes.data(),

@@ -131,6 +131,7 @@ class FakeRadio : public platform::RadioInterface {
     std::uint32_t classes = 0;
     void* parameter = nullptr;
     std::set<std::int32_t> pending;
+    bool closing = false;  // only what is under way is still answered
   };
 
   std::int32_t Send(Command command);

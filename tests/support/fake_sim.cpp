@@ -53,6 +53,7 @@ SimResult FakeSim::SimInitialize(std::uint32_t flags, platform::SimNotifyCallbac
   if (planned) return plannedFailure_;
   const auto told = results_.find("SimInitialize");
   if (told != results_.end() && told->second != SimResult::kOk) return told->second;
+  if ((flags & ~platform::kSimInitSimCardNotifications) != 0) return SimResult::kBadParameter;
   const bool notices = (flags & platform::kSimInitSimCardNotifications) != 0;
   sim = ++lastHandle_;
   sessions_[sim] = {notices ? callback : nullptr, parameter};
@@ -138,8 +139,7 @@ SimResult FakeSim::SimDeletePhonebookEntry(SimHandle sim, std::uint32_t storage,
   MutexLock lock(lock_);
   const SimResult location = CheckIndex(storage, index);
   if (location != SimResult::kOk) return location;
-  entries_.erase(index);
-  PostOwn(platform::kSimNotifyPhonebookEntryDeleted, index);
+  if (entries_.erase(index) != 0) PostOwn(platform::kSimNotifyPhonebookEntryDeleted, index);
   return SimResult::kOk;
 }
 

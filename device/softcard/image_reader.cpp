@@ -280,6 +280,7 @@ bool ReadElementary(const Place& place, CardFile& file, Totals& totals) {
         return place.Fail(std::string("a link has no \"") + own + "\" of its own");
       }
     }
+    file.kind = FileKind::kTransparent;  // until the link is resolved
     return place.At("link").Text(file.link);
   }
   if (!place.Needs("structure") || !place.At("structure").Word(kStructureWords, file.kind)) {

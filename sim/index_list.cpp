@@ -5,15 +5,15 @@
 namespace kelpin::sim {
 namespace {
 
-constexpr std::uint32_t kCapacityTopBit = 0x40000000;
+constexpr std::uint32_t kHalfSignBit = 0x40000000;
 constexpr std::uint32_t kCapacityLimit = 0x1FFFFFFF;
 
 }  // namespace
 
 std::uint32_t IndexList::GrownCapacity(std::uint32_t capacity) {
   if (capacity == 0) return 1;
-  // Tested before it is doubled: twice such a capacity would wrap around.
-  if ((capacity & kCapacityTopBit) != 0) return 0;
+  // Its double would have the sign bit.
+  if ((capacity & kHalfSignBit) != 0) return 0;
   const std::uint32_t doubled = capacity * 2;
   return doubled > kCapacityLimit ? 0 : doubled;
 }

@@ -32,7 +32,7 @@ TEST(IndexList, GrowsToTheLastCapacityUnderTheLimitAndNoFurther) {
   EXPECT_EQ(IndexList::GrownCapacity(0x10000000), 0u);  // would be 0x20000000
 }
 
-TEST(IndexList, DoesNotGrowFromACapacityWhoseDoubleWouldWrapAround) {
+TEST(IndexList, DoesNotGrowFromACapacityWhoseDoubleHasTheSignBit) {
   EXPECT_EQ(IndexList::GrownCapacity(0x40000000), 0u);
   EXPECT_EQ(IndexList::GrownCapacity(0x40000001), 0u);
   EXPECT_EQ(IndexList::GrownCapacity(0xC0000000), 0u);

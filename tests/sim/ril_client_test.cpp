@@ -284,6 +284,7 @@ TEST_F(RilClientTest, WaitGivesTheResultsCodeOnceAndZeroWhenNoneCame) {
   EXPECT_FALSE(sent.get());
   EXPECT_EQ(client_.Wait(0), 0u);  // the command has taken it
   client_.OnResult(6, 1, nullptr, 0);
+  client_.OnResult(9, 99, nullptr, 0);  // of another command
   EXPECT_EQ(client_.Wait(0), 6u);
   EXPECT_EQ(client_.Wait(0), 0u);
 }

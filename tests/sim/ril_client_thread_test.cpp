@@ -83,16 +83,20 @@ TEST(RilClientThreads, ClosingTheSessionEndsAWait) {
 
 TEST(RilClientThreads, ClosingEndsAWaitEvenWhenTheRadioDoesNotEndTheSession) {
   test::SimBench bench;
-  bench.radio.SetManual(true);
   RilClient client(bench.radio, bench.kernel, bench.devices);
   ASSERT_TRUE(client.Open(0));
   Bytes response;
+  // The success of an earlier command is not taken for the success of the one that was cut off.
+  ASSERT_TRUE(client.ReadPhonebookEntries(1, 10, response));
+  bench.radio.SetManual(true);
+  response = {7};
   auto sent =
       std::async(std::launch::async, [&] { return client.ReadPhonebookEntries(1, 10, response); });
   bench.kernel.AwaitWaiters({}, 1);
   bench.radio.SetDeinitializeFails(true);
   EXPECT_EQ(client.Close(), 0);
   EXPECT_FALSE(sent.get());
+  EXPECT_EQ(response, Bytes{7});
   bench.radio.SetDeinitializeFails(false);
 }
 

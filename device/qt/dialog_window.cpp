@@ -281,11 +281,6 @@ void DialogWindow::PlaceAll(const std::vector<ui::ControlState>& states) {
 
 void DialogWindow::SyncFocus() {
   const int wanted = dialog_->Focus();
-  QWidget* has = focusWidget();
-  const bool lost = has == nullptr || !has->isVisibleTo(this) || !has->isEnabled();
-  if (wanted == focus_ && !lost) {
-    return;
-  }
   const auto found = controls_.find(wanted);
   if (found == controls_.end()) {
     focus_ = wanted;
@@ -293,7 +288,13 @@ void DialogWindow::SyncFocus() {
   }
   QWidget* widget = found->second.active;
   if (!widget->isVisibleTo(this) || !widget->isEnabled()) {
-    return;  // a list whose place tells why it is not there
+    focus_ = 0;  // a list whose place tells why it is not there; it has the focus again after
+    return;
+  }
+  const QWidget* has = focusWidget();
+  const bool lost = has == nullptr || !has->isVisibleTo(this) || !has->isEnabled();
+  if (wanted == focus_ && !lost) {
+    return;
   }
   focus_ = wanted;
   if (has != widget) {

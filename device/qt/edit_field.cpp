@@ -14,8 +14,6 @@
 namespace kelpin::qt {
 namespace {
 
-constexpr int kUnlimited = 32767;
-
 // Where the caret goes when the text under it was replaced without saying: it keeps its distance
 // from the end, as what was typed stands before it.
 int CaretAfter(const QString& before, int caret, const QString& after) {
@@ -34,7 +32,6 @@ EditField::EditField(ui::Dialog& dialog, DialogEvents& events, int control, QWid
 
 void EditField::Apply(const ui::ControlState& state) {
   applying_ = true;
-  limit_ = state.limit;
   const QString text = ToQt(state.text);
   if (text != this->text()) {
     ReplaceText(text);
@@ -56,16 +53,15 @@ void EditField::Apply(const ui::ControlState& state) {
   applying_ = false;
 }
 
-// Qt cuts what is typed or pasted to its own maximum, which must never cut what the program put
-// here.
+// A step that undo knows, unlike setText(). The limit is the dialog's alone: Qt forgets the steps
+// when it is told one.
 void EditField::ReplaceText(const QString& text) {
-  setMaxLength(kUnlimited);
   selectAll();
-  insert(text);
-  if (text.isEmpty() && !this->text().isEmpty()) {
-    clear();
+  if (text.isEmpty()) {
+    del();
+  } else {
+    insert(text);
   }
-  setMaxLength(limit_ > 0 ? std::max(limit_, static_cast<int>(text.size())) : kUnlimited);
 }
 
 void EditField::PutSelection(int start, int end) {

@@ -37,7 +37,6 @@ class EditField : public QLineEdit {
   ui::Dialog& dialog_;
   DialogEvents& events_;
   const int control_;
-  int limit_ = 0;
   bool applying_ = false;
   QBasicTimer hold_;
   QPoint pressedAt_;

@@ -83,9 +83,7 @@ ListTable::ListTable(ui::ListView& list, DialogEvents& events, QWidget* parent)
 
 void ListTable::Sync() {
   if (model_->Sync()) {
-    if (model_->rowCount() == 0) {
-      widest_ = 0;
-    }
+    widest_ = 0;
     header_->setSectionsMovable((list_.ExtendedStyle() & ui::kListHeaderDragDrop) != 0);
     LayOutColumns();
     // Rows that have just come count in the scroll range at once.

@@ -19,6 +19,14 @@ namespace {
 constexpr qint64 kFrame = 16;  // milliseconds between two drawings of what changes all the time
 constexpr ui::Size kSmallest = {320, 300};
 
+// The window behind one that goes is used next; not every window manager sees to it.
+void GiveWayTo(QWidget& window, bool wasActive) {
+  QWidget* parent = window.parentWidget();
+  if (wasActive && parent != nullptr && parent->isVisible()) {
+    parent->activateWindow();
+  }
+}
+
 }  // namespace
 
 class ScreenWindows::Nested {
@@ -236,7 +244,9 @@ void ScreenWindows::Ended(ui::Dialog& dialog) {
   Entry& entry = found->second;
   if (entry.window != nullptr) {
     RememberSize(*entry.window);
+    const bool wasActive = entry.window->isActiveWindow();
     entry.window->Finish();
+    GiveWayTo(*entry.window, wasActive);
   }
   if (entry.loop != nullptr) {
     entry.loop->quit();
@@ -288,6 +298,7 @@ MessageWindow* ScreenWindows::OpenBox(ui::WindowHandle owner, const std::u16stri
   auto* box = new MessageWindow(text, caption, style,
                                 parent != nullptr && parent->isVisible() ? parent : nullptr);
   box->setWindowModality(box->parentWidget() == nullptr ? Qt::ApplicationModal : Qt::WindowModal);
+  connect(box, &MessageWindow::Answered, box, [box] { GiveWayTo(*box, true); });
   box->show();
   box->raise();
   box->activateWindow();

@@ -52,8 +52,27 @@ char16_t GsmCharacter(std::span<const std::uint8_t> bytes, std::size_t& place) {
   return kGsmDefaultAlphabet[second];
 }
 
+bool IsHighSurrogate(char16_t unit) {
+  return (unit & 0xFC00) == 0xD800;
+}
+
+bool IsLowSurrogate(char16_t unit) {
+  return (unit & 0xFC00) == 0xDC00;
+}
+
 void Append(std::u16string& text, char16_t unit) {
   if (unit != 0 && unit != 0xFFFF) text.push_back(unit);
+}
+
+// Halves of surrogate pairs that stand alone are no characters.
+void MendSurrogates(std::u16string& text) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (IsHighSurrogate(text[i]) && i + 1 < text.size() && IsLowSurrogate(text[i + 1])) {
+      ++i;
+    } else if (IsHighSurrogate(text[i]) || IsLowSurrogate(text[i])) {
+      text[i] = kReplacement;
+    }
+  }
 }
 
 std::u16string DecodeGsm(std::span<const std::uint8_t> field) {
@@ -73,13 +92,21 @@ std::u16string DecodeUcs2(std::span<const std::uint8_t> bytes) {
     if (unit == 0xFFFF) break;
     Append(text, unit);
   }
+  MendSurrogates(text);
   return text;
 }
 
 // `bytes` without the header, at most `count` of them.
 std::u16string DecodeWithBase(std::span<const std::uint8_t> bytes, std::size_t count,
                               std::uint32_t base) {
+  const bool countIsWrong = count > bytes.size();
   bytes = bytes.first(std::min(bytes.size(), count));
+  // FF is a character as well, but two at the end, or a count beyond the field, are padding.
+  const bool padded =
+      bytes.size() >= 2 && bytes.back() == kUnused && bytes[bytes.size() - 2] == kUnused;
+  while ((countIsWrong || padded) && !bytes.empty() && bytes.back() == kUnused) {
+    bytes = bytes.first(bytes.size() - 1);
+  }
   std::u16string text;
   text.reserve(bytes.size());
   for (std::size_t place = 0; place < bytes.size();) {
@@ -91,6 +118,7 @@ std::u16string DecodeWithBase(std::span<const std::uint8_t> bytes, std::size_t c
     ++place;
     Append(text, static_cast<char16_t>((base + (byte & 0x7F)) & 0xFFFF));
   }
+  MendSurrogates(text);
   return text;
 }
 
@@ -125,10 +153,12 @@ std::optional<Forms> Measure(std::u16string_view text) {
   if (gsmHolds) forms.gsm = gsm;
   forms.ucs2 = 1 + 2 * text.size();
   if (text.size() <= 0xFF && highest != 0) {
-    if (highest < kHalfPageLimit && (forms.lowest & 0xFF80) == (highest & 0xFF80)) {
+    // A byte FF could be taken for padding: the character it would stand for is left to UCS-2.
+    if (highest < kHalfPageLimit && (forms.lowest & 0xFF80) == (highest & 0xFF80) &&
+        (highest & 0x7F) != 0x7F) {
       forms.halfPage = 3 + text.size();
     }
-    if (highest - forms.lowest < 0x80) forms.withBase = 4 + text.size();
+    if (highest - forms.lowest < 0x7F) forms.withBase = 4 + text.size();
   }
   return forms;
 }

@@ -10,8 +10,8 @@ namespace kelpin::device::card {
 // Alpha identifiers (TS 31.102 annex A, TS 51.011 annex B): the GSM default alphabet with one
 // septet a byte, or UCS-2 in one of three forms that start with 80, 81 or 82. Unused bytes are FF.
 
-// The field's text. Broken lengths end at the field's end; a byte that stands for nothing becomes
-// U+FFFD; U+0000
+// The field's text. Broken lengths end at the field's end; what stands for nothing, half
+// a surrogate pair too, becomes U+FFFD; U+0000
 // and U+FFFF are left out.
 std::u16string DecodeAlpha(std::span<const std::uint8_t> field);
 

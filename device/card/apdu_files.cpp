@@ -60,6 +60,7 @@ TransportError ApduFiles::Open() {
     result = SelectId(kMasterFile, nullptr);
   }
   if (result.Error() != TransportError::kNone) open_ = false;
+  if (result.Ok()) folder_ = FilePath{};
   return result.Error();
 }
 
@@ -99,7 +100,7 @@ CardResult ApduFiles::Noted(CardResult result) {
 
 CardResult ApduFiles::Send(const CardCommand& command, std::vector<std::uint8_t>& data) {
   const CardTransaction transaction(*this);
-  if (transaction.Error() != TransportError::kNone) return Noted(transaction.Error());
+  if (transaction.Error() != TransportError::kNone) return transaction.Error();
   return Noted(exchange_.Send(command, data));
 }
 
@@ -111,7 +112,7 @@ CardResult ApduFiles::Send(const CardCommand& command) {
 CardResult ApduFiles::SendOn(const FilePath& path, const CardCommand& command,
                              std::vector<std::uint8_t>& data) {
   const CardTransaction transaction(*this);
-  if (transaction.Error() != TransportError::kNone) return Noted(transaction.Error());
+  if (transaction.Error() != TransportError::kNone) return transaction.Error();
   if (const CardResult selected = Select(path, nullptr); !selected.Ok()) return selected;
   CardResult result = Send(command, data);
   if (SaysNothingSelected(result)) {
@@ -196,6 +197,7 @@ CardResult ApduFiles::Select(const FilePath& path, std::vector<std::uint8_t>* re
   if (!IsGsm() && pathSelects_ && path.Ids().size() > 1) {
     result = SelectByPath(path, response);
     step = !result.Ok() && result.Error() == TransportError::kNone;
+    folder_.reset();  // what a card keeps selected after a refusal is its own affair
     if (step && SaysUnsupported(result.Word())) {
       pathSelects_ = false;
     } else {
@@ -219,7 +221,7 @@ CardResult ApduFiles::Info(const FilePath& path, FileInfo& info) {
     return StatusWord::kOk;
   }
   const CardTransaction transaction(*this);
-  if (transaction.Error() != TransportError::kNone) return Noted(transaction.Error());
+  if (transaction.Error() != TransportError::kNone) return transaction.Error();
   std::vector<std::uint8_t> response;
   const CardResult result = Select(path, &response);
   if (!result.Ok()) return result;
@@ -332,7 +334,7 @@ CardResult ApduFiles::FindPinReference(PinReference& pin) {
 
 CardResult ApduFiles::GetPinState(PinState& state) {
   const CardTransaction transaction(*this);
-  if (transaction.Error() != TransportError::kNone) return Noted(transaction.Error());
+  if (transaction.Error() != TransportError::kNone) return transaction.Error();
   PinReference pin;
   if (const CardResult result = FindPinReference(pin); !result.Ok()) return result;
   PinState told = {pin.enabled, pin.enabled && pinVerified_, false, pin.triesLeft};
@@ -351,7 +353,7 @@ CardResult ApduFiles::GetPinState(PinState& state) {
 
 CardResult ApduFiles::VerifyPin(std::string_view code, PinState& state) {
   const CardTransaction transaction(*this);
-  if (transaction.Error() != TransportError::kNone) return Noted(transaction.Error());
+  if (transaction.Error() != TransportError::kNone) return transaction.Error();
   const bool digits = std::all_of(code.begin(), code.end(),
                                   [](char digit) { return digit >= '0' && digit <= '9'; });
   if (code.size() < 4 || code.size() > kPinBytes || !digits) return StatusWord::kWrongLength;
@@ -379,6 +381,7 @@ TransportError ApduFiles::BeginTransaction() {
   const TransportError error = channel_.BeginTransaction();
   if (error != TransportError::kNone) {
     transactions_ = 0;
+    static_cast<void>(Noted(error).Ok());
   } else if (channel_.OthersMaySelect()) {
     current_.reset();
     folder_.reset();

@@ -55,7 +55,7 @@ class CardFiles {
   // Sends `code` (4 to 8 digits) once. A refusal is a success of the call: `state.verified` tells.
   virtual CardResult VerifyPin(std::string_view code, PinState& state) = 0;
 
-  // Keeps other programs off the card. Nesting is counted.
+  // Keeps other programs off the card. Nesting is counted. Not a command to the card.
   virtual TransportError BeginTransaction() = 0;
   virtual void EndTransaction() = 0;
 };

@@ -26,6 +26,11 @@ void CardSession::Drop() {
 }
 
 SimResult CardSession::Connect() {
+  if (files_.IsOpen()) {
+    // Costs the card nothing, and tells a removal or a reset before anything is answered from
+    // memory: the event may still be under way.
+    const CardTransaction alive(files_);
+  }
   if (files_.IsOpen()) return SimResult::kOk;
   book_.Forget();
   if (const TransportError error = files_.Open(); error != TransportError::kNone) {
@@ -64,13 +69,29 @@ SimResult CardSession::Read(const std::function<SimResult()>& operation) {
   return result;
 }
 
-SimResult CardSession::Change(const std::function<CardResult()>& operation) {
+SimResult CardSession::BeginChange() {
   SimResult result = Read([] { return SimResult::kOk; });
   if (!Succeeded(result)) return result;
-  if (swapped_) return SimResult::kWrongSim;
-  const CardTransaction transaction(files_);
-  if (transaction.Error() != TransportError::kNone) return ToSimResult(transaction.Error());
-  return Explain(ToSimResult(operation()));
+  TransportError error = files_.BeginTransaction();
+  if (error == TransportError::kReset) {
+    // Reset since it was last used; nothing of the change was sent yet.
+    Drop();
+    result = Ready();
+    if (!Succeeded(result)) return result;
+    error = files_.BeginTransaction();
+  }
+  if (error != TransportError::kNone) return ToSimResult(error);
+  if (!swapped_) return SimResult::kOk;
+  files_.EndTransaction();
+  return SimResult::kWrongSim;
+}
+
+SimResult CardSession::Change(const std::function<CardResult()>& operation) {
+  const SimResult begun = BeginChange();
+  if (!Succeeded(begun)) return begun;
+  const SimResult result = ToSimResult(operation());
+  files_.EndTransaction();
+  return Explain(result);
 }
 
 void CardSession::ReadBack(std::uint32_t location, WriteOutcome& outcome) {
@@ -92,18 +113,11 @@ WriteOutcome CardSession::ChangeEntry(std::uint32_t location,
                                       const std::function<WriteOutcome(EntryWriter&)>& operation) {
   WriteOutcome outcome;
   outcome.changed = false;
-  outcome.result = Read([] { return SimResult::kOk; });
-  if (Succeeded(outcome.result) && swapped_) outcome.result = SimResult::kWrongSim;
+  outcome.result = BeginChange();
   if (!Succeeded(outcome.result)) return outcome;
-  {
-    const CardTransaction transaction(files_);
-    if (transaction.Error() != TransportError::kNone) {
-      outcome.result = ToSimResult(transaction.Error());
-      return outcome;
-    }
-    EntryWriter writer(book_.Layout());
-    outcome = operation(writer);
-  }
+  EntryWriter writer(book_.Layout());
+  outcome = operation(writer);
+  files_.EndTransaction();
   if (outcome.doubtful) ReadBack(location, outcome);
   outcome.result = Explain(outcome.result);
   return outcome;

@@ -47,6 +47,8 @@ class CardSession {
  private:
   platform::SimResult Connect();
   platform::SimResult Explain(platform::SimResult result);
+  // Ready, the card the callers know, and other programs kept off until EndTransaction.
+  platform::SimResult BeginChange();
   void ReadBack(std::uint32_t location, WriteOutcome& outcome);
 
   CardFiles& files_;

@@ -33,6 +33,9 @@ constexpr Vector kVectors[] = {
      u"\u9000\u9001\u9002\u9003", "82 04 9000 80 81 82 83"},
     {"a pair of surrogates is two units of UCS-2", u"\U0001F600", "80 D83D DE00"},
     {"the extension character inside a UCS-2 text", u"\u20AC\u0416", "80 20AC 0416"},
+    // 04 7F would be the byte FF in the 81 form; from base 0477 it is 88.
+    {"a character that would look like padding moves to the next form", u"\u0477\u0478\u0479\u047F",
+     "82 04 0477 80 81 82 88"},
     {"Han characters far apart", u"\u4E2D\u6587", "80 4E2D 6587"},
 };
 
@@ -91,6 +94,11 @@ constexpr Reading kReadings[] = {
     {"81: padding ends it by the count", "81 01 08 96 FF FF", u"\u0416"},
     {"82 wraps around at the top of UCS-2, where U+FFFF is none", "82 03 FFF0 80 8F 9F",
      u"\uFFF0\u000F"},
+    {"81: two FF at the end are padding", "81 03 08 96 FF FF", u"\u0416"},
+    {"81: one FF at the end is a character", "81 02 08 96 FF", u"\u0416\u047F"},
+    {"82: an FF inside is a character", "82 03 05D0 90 FF 91", u"\u05E0\u064F\u05E1"},
+    {"80: half a surrogate pair", "80 D83D 0041", u"\uFFFDA"},
+    {"80: surrogates the wrong way round", "80 DE42 D83D", u"\uFFFD\uFFFD"},
     {"82 with the escape inside", "82 02 0416 1B 65", u"\u20AC"},
     {"the escape before an unknown second byte shows that one", "1B 41", u"A"},
     {"the escape as the last byte is a space", "41 1B", u"A "},

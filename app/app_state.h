@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -52,9 +53,11 @@ struct AppState {
   MainListLayout layout;
   std::atomic<bool> active = false;
   std::atomic<bool> closing = false;  // the sessions are being closed: a failure means nothing
+  std::function<bool()> mayClose;     // asked before the window closes; empty is yes
 
   // The main list.
-  std::atomic<bool> loading = false;
+  std::atomic<bool> loading = false;  // somebody works on its rows
+  std::atomic<int> listAsker = 0;     // the command of who waits for them on the screen thread
   std::atomic<int> sortColumn = kColumnName;
   std::atomic<int> sortAscending = 1;  // 1 or 0; one for all columns
   std::atomic<bool> headerUpdating = false;

@@ -74,14 +74,26 @@ void Commands::SetCommandsEnabled(bool anySelected) {
   }
 }
 
+void Commands::FollowSelection() {
+  const MutexLock following(following_);
+  const ui::ListView* const list = state_.dialog->List(res::kMainList);
+  SetCommandsEnabled(list != nullptr && list->SelectedCount() > 0);
+}
+
+void Commands::EnableSoftKeys(bool enabled) {
+  if (state_.menuBar != nullptr) {
+    state_.menuBar->EnableSoftKey(kLeftSoftKey, enabled && Knows(res::kCommandNew));
+    state_.menuBar->EnableSoftKey(kRightSoftKey, enabled);
+  }
+}
+
 void Commands::SetLoadCommandsEnabled(bool enabled) {
   ui::Menu* const menu = Menu();
   if (menu == nullptr) {
     return;
   }
   menu->EnableItem(res::kCommandRefresh, enabled && Knows(res::kCommandRefresh));
-  state_.menuBar->EnableSoftKey(kLeftSoftKey, enabled && Knows(res::kCommandNew));
-  state_.menuBar->EnableSoftKey(kRightSoftKey, enabled);
+  EnableSoftKeys(enabled);
 }
 
 void Commands::RemoveSwitchedOff() {

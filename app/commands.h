@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 
+#include "platform/mutex.h"
 #include "ui/menu.h"
 
 namespace kelpin::app {
@@ -28,6 +29,10 @@ class Commands {
   void GreyUnknown();
   // The commands that need a selected row.
   void SetCommandsEnabled(bool anySelected);
+  // The same for what is selected now. Whichever of two calls comes last, the last state counts.
+  void FollowSelection();
+  // The left one stays off when nobody registered its command.
+  void EnableSoftKeys(bool enabled);
   // Refresh and both soft keys are off while the card is read.
   void SetLoadCommandsEnabled(bool enabled);
   // Takes away what the settings switch off.
@@ -40,6 +45,7 @@ class Commands {
 
   AppState& state_;
   std::map<int, Runner> runners_;
+  Mutex following_;
 };
 
 }  // namespace kelpin::app

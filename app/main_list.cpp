@@ -144,6 +144,18 @@ int GetListRow(const AppState& state, int row, std::uint32_t* index, std::u16str
   return 1;
 }
 
+int FindListRow(const AppState& state, std::uint32_t index) {
+  const ui::ListView* const list = List(state);
+  const int rows = list == nullptr ? 0 : list->ItemCount();
+  for (int row = 0; row < rows; ++row) {
+    std::uint32_t at = 0;
+    if (GetListRow(state, row, &at, nullptr, nullptr) != 0 && at == index) {
+      return row;
+    }
+  }
+  return -1;
+}
+
 int CompareListRows(const ListItemData& left, const ListItemData& right, int column,
                     bool ascending) {
   const ListItemData& first = ascending ? left : right;

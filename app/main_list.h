@@ -51,6 +51,8 @@ int ReplaceListRow(AppState& state, int row, std::uint32_t index, const char16_t
 // Outputs may be null. 0 when the row holds no entry; the outputs stay as they were.
 int GetListRow(const AppState& state, int row, std::uint32_t* index, std::u16string* name,
                std::u16string* number);
+// The row of the entry at this location, -1 when it is not listed.
+int FindListRow(const AppState& state, std::uint32_t index);
 
 // Below, at or above 0 as `left` comes before, with or after `right` by `column`; in descending
 // order the other way round. By any column that there is not they are equal.

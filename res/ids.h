@@ -176,9 +176,11 @@ inline constexpr int kTextAboutCopyright = 1028;
 inline constexpr int kTextAboutLicense = 1029;
 inline constexpr int kTextMyNoTemplate = 1030;  // stands in the header until the program writes it
 inline constexpr int kTextCounterTemplate = 1031;
+inline constexpr int kTextDeletionCloseQuestion = 1032;  // %d deleted, %d in all
+inline constexpr int kTextDeletionStopped = 1033;        // the same
 
 inline constexpr int kTextFirst = 1001;
-inline constexpr int kTextLast = 1031;
+inline constexpr int kTextLast = 1033;
 
 // Dialogs.
 inline constexpr int kDialogGroupPicker = 103;
@@ -386,6 +388,7 @@ inline constexpr int kCommandGroupNames = 1084;
 inline constexpr int kCommandMoveToContacts = 1107;
 inline constexpr int kCommandMoveContactsToSim = 1108;
 inline constexpr int kCommandCopyNumber = 0x7401;
+inline constexpr int kCommandDeleteNext = 0x7402;  // in no menu: a deletion goes on
 
 // Commands of an edit's pop-up.
 inline constexpr int kCommandEditCut = 768;

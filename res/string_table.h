@@ -209,6 +209,11 @@ inline constexpr StringEntry kTexts[] = {
     {kTextAboutLicense, u"Free software under the MIT License"},
     {kTextMyNoTemplate, u"My No. 1234567890"},
     {kTextCounterTemplate, u"0 / 0"},
+    {kTextDeletionCloseQuestion,
+     u"%d of %d entries are deleted, the others are still on the card.\nStop and close?"},
+    {kTextDeletionStopped,
+     u"%d of %d entries are deleted. The card was changed meanwhile, so the others were left on "
+     u"it and the list is read again."},
 };
 
 // One text per id from `first` to `last`, empty where the table has none.

@@ -3,6 +3,7 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <array>
 
 #include "device/qt/desktop_look.h"
 
@@ -15,6 +16,7 @@ const QString kInterface = QStringLiteral("org.freedesktop.Application");
 const QString kToken = QStringLiteral("activation-token");
 const QString kStartupId = QStringLiteral("desktop-startup-id");
 constexpr int kPatience = 2000;  // milliseconds
+constexpr std::array kTokenVariables = {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"};
 
 QString TokenIn(const QVariantMap& platformData) {
   const QString token = platformData.value(kToken).toString();
@@ -84,20 +86,27 @@ void ApplicationAdaptor::ActivateAction(const QString& /*action*/,
 }
 
 std::string TakeActivationToken() {
-  for (const char* name : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"}) {
-    const QByteArray token = qgetenv(name);
-    if (!token.isEmpty()) {
-      qunsetenv(name);
-      return token.toStdString();
+  QByteArray token;
+  for (const char* name : kTokenVariables) {
+    if (token.isEmpty()) {
+      token = qgetenv(name);
     }
+    qunsetenv(name);
   }
-  return {};
+  return token.toStdString();
 }
 
-void UseActivationToken(const std::string& token) {
+// Qt's platforms read the variables, on the spot; what is left would only mislead programs that
+// this one starts.
+void WithActivationToken(const std::string& token, const std::function<void()>& activate) {
   if (!token.empty()) {
-    qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(token));
-    qputenv("DESKTOP_STARTUP_ID", QByteArray::fromStdString(token));
+    for (const char* name : kTokenVariables) {
+      qputenv(name, QByteArray::fromStdString(token));
+    }
+  }
+  activate();
+  for (const char* name : kTokenVariables) {
+    qunsetenv(name);
   }
 }
 

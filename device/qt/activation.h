@@ -6,6 +6,7 @@
 #include <QStringList>
 #include <QVariant>
 #include <QVariantMap>
+#include <functional>
 #include <string>
 
 namespace kelpin::qt {
@@ -51,7 +52,7 @@ class ApplicationAdaptor : public QDBusAbstractAdaptor {
 
 // The token this process was started with, which lets another window take the focus; taken once.
 std::string TakeActivationToken();
-// Makes the next activation of a window use `token`.
-void UseActivationToken(const std::string& token);
+// Has the windows that `activate` activates use `token`.
+void WithActivationToken(const std::string& token, const std::function<void()>& activate);
 
 }  // namespace kelpin::qt

@@ -18,8 +18,10 @@ void FillCommands(app::AppState& state, app::Commands& commands, app::ListLoader
 
 }  // namespace
 
-int RunProgram(const app::Ports& ports, const app::EntryArguments& arguments) {
+int RunProgram(const app::Ports& ports, const ProgramHooks& hooks,
+               const app::EntryArguments& arguments) {
   app::Wiring wiring;
+  wiring.listLoaded = hooks.listLoaded;
   wiring.fillCommands = FillCommands;
   return app::Run(ports, wiring, arguments);
 }

@@ -1,11 +1,20 @@
 #pragma once
 
+#include <functional>
+
 #include "app/ports.h"
 #include "app/start_up.h"
 
 namespace kelpin {
 
+// What the device may want to be told of. Each may be empty.
+struct ProgramHooks {
+  // After every load of the main list, on the load's thread.
+  std::function<void(app::AppState& state)> listLoaded;
+};
+
 // The program on a device: its main dialog with every command it has. Returns the exit code.
-int RunProgram(const app::Ports& ports, const app::EntryArguments& arguments = {});
+int RunProgram(const app::Ports& ports, const ProgramHooks& hooks = {},
+               const app::EntryArguments& arguments = {});
 
 }  // namespace kelpin

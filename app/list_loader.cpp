@@ -8,6 +8,7 @@
 
 #include "app/app_state.h"
 #include "app/commands.h"
+#include "app/list_turn.h"
 #include "app/own_number_header.h"
 #include "app/sim_error.h"
 #include "res/format.h"
@@ -118,30 +119,41 @@ void ListLoader::Refresh() {
 
 void ListLoader::Load() {
   const MutexLock running(running_);
-  queued_ = false;
   if (state_.closing) {
     return;
   }
   ui::ListView& list = List(state_);
-  ShowProgress(0, 0);
-  list.SetVisible(false);
-  state_.ports.screen.SetWaitCursor(true);
-  commands_.SetLoadCommandsEnabled(false);
+  ShowLoading();
   UpdateOwnNumberHeader(state_);
-  SetListLoading(state_, true);
+  if (!TakeList(state_)) {
+    return;
+  }
+  queued_ = false;
+  // Who had the rows until now has shown them at rest.
+  ShowLoading();
   list.DeleteAllItems();
   list.SetSortArrow(-1, ui::SortArrow::kNone);
-  if (loadLayout_) {
-    loadLayout_(state_);
+  if (wiring_.loadLayout) {
+    wiring_.loadLayout(state_);
   }
   const Outcome outcome = ReadCard();
   CopyNewSim();
   ShowOutcome(outcome);
-  SetListLoading(state_, false);
   commands_.SetLoadCommandsEnabled(true);
-  commands_.SetCommandsEnabled(list.SelectedCount() > 0);
   state_.ports.screen.SetWaitCursor(false);
   list.SetVisible(true);
+  GiveListBack(state_);
+  commands_.FollowSelection();
+  if (wiring_.listLoaded) {
+    wiring_.listLoaded(state_);
+  }
+}
+
+void ListLoader::ShowLoading() {
+  ShowProgress(0, 0);
+  List(state_).SetVisible(false);
+  state_.ports.screen.SetWaitCursor(true);
+  commands_.SetLoadCommandsEnabled(false);
 }
 
 ListLoader::Outcome ListLoader::Fail(SimResult result) {

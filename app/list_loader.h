@@ -2,9 +2,8 @@
 
 #include <atomic>
 #include <cstdint>
-#include <functional>
-#include <utility>
 
+#include "app/wiring.h"
 #include "platform/mutex.h"
 #include "platform/sim_result.h"
 
@@ -17,14 +16,16 @@ class Commands;
 // while another runs waits for it, then starts over with an empty list.
 class ListLoader {
  public:
-  // `loadLayout` may be empty.
-  ListLoader(AppState& state, Commands& commands, std::function<void(AppState&)> loadLayout)
-      : state_(state), commands_(commands), loadLayout_(std::move(loadLayout)) {}
+  // Of `wiring` the hooks of a load count.
+  ListLoader(AppState& state, Commands& commands, const Wiring& wiring)
+      : state_(state), commands_(commands), wiring_(wiring) {}
 
   // 1 when a thread was made for it, else 0; then the list says that it was not read.
   int StartLoad();
   // Reads the whole list again, if the card is ready. Screen thread.
   void Refresh();
+  // A load was asked for and has not begun. Any thread.
+  bool IsWaiting() const { return queued_; }
 
  private:
   struct Outcome {
@@ -36,6 +37,8 @@ class ListLoader {
   Outcome ReadCard();
   template <typename Entry>
   Outcome ReadEntries(std::uint32_t used, std::uint32_t total);
+  // What the user sees of a load from its start.
+  void ShowLoading();
   void ShowProgress(std::uint32_t done, std::uint32_t used);
   void ShowOutcome(const Outcome& outcome);
   Outcome Fail(platform::SimResult result);
@@ -43,7 +46,7 @@ class ListLoader {
 
   AppState& state_;
   Commands& commands_;
-  const std::function<void(AppState&)> loadLayout_;
+  const Wiring wiring_;
   std::atomic<bool> queued_ = false;  // a load was asked for and has not begun
   Mutex running_;                     // held by the load that runs
 };

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "app/app_state.h"
+#include "app/list_turn.h"
 #include "app/sim_error.h"
 #include "res/accelerators.h"
 #include "res/ids.h"
@@ -61,10 +62,7 @@ bool WrapAround(ui::ListView& list, const ui::KeyPress& press) {
 }  // namespace
 
 MainDialog::MainDialog(AppState& state, const Wiring& wiring)
-    : state_(state),
-      wiring_(wiring),
-      commands_(state),
-      loader_(state, commands_, wiring.loadLayout) {
+    : state_(state), wiring_(wiring), commands_(state), loader_(state, commands_, wiring) {
   if (wiring_.fillCommands) {
     wiring_.fillCommands(state_, commands_, loader_);
   }
@@ -193,7 +191,7 @@ void MainDialog::OnNotify(ui::Dialog& dialog, const ui::Notification& notificati
       list->SetItemState(notification.subItem, kSelectedFocused, kSelectedFocused);
       break;
     case ui::NotifyCode::kItemChanged:
-      commands_.SetCommandsEnabled(list->SelectedCount() > 0);
+      commands_.FollowSelection();
       break;
     default:
       break;
@@ -240,8 +238,15 @@ void MainDialog::OnHelp(ui::Dialog& /*dialog*/) {
   state_.ports.programs.StartProgram(kHelpProgram, kHelpFile);
 }
 
+void MainDialog::OnClose(ui::Dialog& dialog) {
+  if (!state_.mayClose || state_.mayClose()) {
+    DialogHandler::OnClose(dialog);
+  }
+}
+
 void MainDialog::OnDestroy(ui::Dialog& dialog) {
   state_.closing = true;
+  EndListTurns(state_);
   CloseSessions();
   if (ui::ListView* const list = dialog.List(res::kMainList)) {
     list->SetKeyFilter(nullptr);

@@ -14,6 +14,8 @@ struct Wiring {
   std::function<void(AppState& state, Commands& commands, ListLoader& loader)> fillCommands;
   // Reads where the card keeps the extended fields. At every load, on the load's thread.
   std::function<void(AppState& state)> loadLayout;
+  // After every load, on the load's thread, when the list is shown again.
+  std::function<void(AppState& state)> listLoaded;
   // Starts the threads that keep the list in step with the card. Once, after the first load was
   // started; screen thread.
   std::function<void(AppState& state, Commands& commands, ListLoader& loader)> startWatchers;

@@ -1,0 +1,337 @@
+// Picks a device from the command line and starts the program on it. The only file that names the
+// adapters.
+
+#include <stdlib.h>
+
+#include <CLI/CLI.hpp>
+#include <QFile>
+#include <QString>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "app/app_state.h"
+#include "device/card/card_channel.h"
+#include "device/card/card_devices.h"
+#include "device/card/sim_service.h"
+#include "device/desktop/desktop_programs.h"
+#include "device/desktop/spdlog_log.h"
+#include "device/desktop/steady_clock.h"
+#include "device/desktop/utf8.h"
+#include "device/desktop/xdg.h"
+#include "device/kernel/kernel.h"
+#include "device/qt/qt_screen.h"
+#include "device/qt/qt_shell.h"
+#include "device/registry/text_registry.h"
+#include "device/softcard/soft_channel.h"
+#include "program.h"
+#include "res/ids.h"
+#include "ui/list_view.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace kelpin;
+using namespace kelpin::device;
+
+constexpr int kExitFailure = 1;
+constexpr int kExitUsage = 2;
+
+struct Options {
+  std::string sim;
+  std::string registry;
+  std::string platform = "pocketpc";
+  std::string screenshot;
+  bool demo = false;
+};
+
+// A card on the command line: "NAME" or "NAME:ARGUMENT".
+struct SimAdapter {
+  const char* name;
+  const char* help;
+  // Null when it cannot be opened; `why` says why and what to do.
+  std::unique_ptr<card::CardChannel> (*open)(const std::string& argument, std::string& why);
+};
+
+std::unique_ptr<card::CardChannel> OpenSoftCard(const std::string& file, std::string& why) {
+  if (file.empty()) {
+    why = "no card file is named; write --sim soft:FILE";
+    return nullptr;
+  }
+  return softcard::SoftChannel::Open(file, why);
+}
+
+constexpr SimAdapter kSimAdapters[] = {
+    {"soft", "soft:FILE  a software card kept in FILE", OpenSoftCard},
+};
+
+std::string SimHelp() {
+  std::string help = "The card, one of:";
+  for (const SimAdapter& adapter : kSimAdapters) {
+    help += "\n" + std::string(adapter.help);
+  }
+  return help + "\nWithout it: a software card in the data folder, made empty at the first start";
+}
+
+const SimAdapter* FindSimAdapter(const std::string& name) {
+  for (const SimAdapter& adapter : kSimAdapters) {
+    if (name == adapter.name) {
+      return &adapter;
+    }
+  }
+  return nullptr;
+}
+
+// Copies a card image that is part of the program to `file`, readable by the user alone.
+bool WriteSampleCard(const char* name, const fs::path& file, std::string& why) {
+  QFile sample(QString(":/kelpin/cards/") + name);
+  if (!sample.open(QIODevice::ReadOnly)) {
+    why = std::string("the sample card ") + name + " is not part of this program";
+    return false;
+  }
+  const QByteArray text = sample.readAll();
+  {
+    std::ofstream out(file, std::ios::binary);
+    fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
+    out.write(text.constData(), text.size());
+    out.flush();
+    if (out) {
+      return true;
+    }
+  }
+  why = file.string() + ": cannot be written; is the disk full?";
+  std::error_code ignored;
+  fs::remove(file, ignored);
+  return false;
+}
+
+// A folder of its own for one run, taken away again at the end.
+class ScratchFolder {
+ public:
+  ~ScratchFolder() {
+    std::error_code ignored;
+    if (!path_.empty()) {
+      fs::remove_all(path_, ignored);
+    }
+  }
+  bool Make(std::string& why) {
+    std::error_code error;
+    std::string name = (fs::temp_directory_path(error) / "kelpin-demo-XXXXXX").string();
+    if (error || ::mkdtemp(name.data()) == nullptr) {
+      why = "no scratch folder can be made in " + fs::path(name).parent_path().string();
+      return false;
+    }
+    path_ = name;
+    return true;
+  }
+  const fs::path& Path() const { return path_; }
+
+ private:
+  fs::path path_;
+};
+
+// What the program needs of the device, but for the screen.
+struct Device {
+  ScratchFolder scratch;
+  std::unique_ptr<kernel::Kernel> kernel;
+  std::unique_ptr<registry::TextRegistry> registry;
+  std::unique_ptr<card::CardChannel> channel;
+};
+
+bool OpenRegistry(const Options& options, const desktop::Folders& folders, Device& device,
+                  std::string& why) {
+  fs::path file = options.registry;
+  if (file.empty() && options.demo) {
+    file = device.scratch.Path() / "registry.reg";
+  } else if (file.empty()) {
+    if (!desktop::MakePrivateFolder(folders.config, why)) {
+      return false;
+    }
+    file = folders.config / "registry.reg";
+  }
+  device.registry =
+      registry::TextRegistry::Open(file, desktop::FindSystemConfig("registry.reg"), why);
+  return device.registry != nullptr;
+}
+
+bool OpenCard(const Options& options, const desktop::Folders& folders, Device& device,
+              std::string& why) {
+  std::string name = "soft";
+  std::string argument;
+  if (!options.sim.empty()) {
+    const std::size_t colon = options.sim.find(':');
+    name = options.sim.substr(0, colon);
+    argument = colon == std::string::npos ? "" : options.sim.substr(colon + 1);
+  } else if (options.demo) {
+    const fs::path file = device.scratch.Path() / "card.json";
+    if (!WriteSampleCard("usim.json", file, why)) {
+      return false;
+    }
+    argument = file.string();
+  } else {
+    const fs::path file = folders.data / "card.json";
+    std::error_code ignored;
+    if (!desktop::MakePrivateFolder(folders.data, why) ||
+        (!fs::exists(file, ignored) && !WriteSampleCard("usim-empty.json", file, why))) {
+      return false;
+    }
+    argument = file.string();
+  }
+  device.channel = FindSimAdapter(name)->open(argument, why);
+  return device.channel != nullptr;
+}
+
+bool OpenDevice(const Options& options, const desktop::Folders& folders, Device& device,
+                std::string& why) {
+  if (options.demo && !device.scratch.Make(why)) {
+    return false;
+  }
+  if (!desktop::MakePrivateFolder(folders.runtime, why)) {
+    return false;
+  }
+  device.kernel = kernel::Kernel::Open(folders.runtime, why);
+  return device.kernel != nullptr && OpenRegistry(options, folders, device, why) &&
+         OpenCard(options, folders, device, why);
+}
+
+std::unique_ptr<desktop::SpdlogLog> OpenLog(const desktop::Folders& folders) {
+  std::string why;
+  const bool toStandardError = desktop::ProcessEnvironment("KELPIN_LOG") == "stderr";
+  std::unique_ptr<desktop::SpdlogLog> log;
+  if (desktop::MakePrivateFolder(folders.state, why)) {
+    log = desktop::SpdlogLog::Open(folders.state, toStandardError, why);
+  }
+  if (log == nullptr) {
+    std::cerr << "kelpin: no log file: " << why << '\n';
+    log = desktop::SpdlogLog::ToStandardError();
+  }
+  return log;
+}
+
+bool HasDisplay() {
+  for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+    if (!desktop::ProcessEnvironment(name).empty()) {
+      return true;
+    }
+  }
+  return false;
+}
+
+long ResidentKilobytes() {
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.starts_with("VmRSS:")) {
+      return std::stol(line.substr(6));
+    }
+  }
+  return 0;
+}
+
+void PrintList(const app::AppState& state) {
+  const ui::ListView& list = *state.dialog->List(res::kMainList);
+  std::cout << desktop::Utf8(state.dialog->Text(res::kMainHeader)) << '\n';
+  for (int row = 0; row < list.ItemCount(); ++row) {
+    std::printf("%5s  %-30s  %s\n", desktop::Utf8(list.ItemText(row, 0)).c_str(),
+                desktop::Utf8(list.ItemText(row, 1)).c_str(),
+                desktop::Utf8(list.ItemText(row, 2)).c_str());
+  }
+  std::printf("%d entries\n", list.ItemCount());
+}
+
+using SteadyTime = std::chrono::steady_clock::time_point;
+
+// Saves the picture, prints the list and ends the program. Screen thread, after the list was drawn.
+void Report(qt::QtScreen& screen, app::AppState& state, const std::string& file, SteadyTime start,
+            bool& saved) {
+  saved = screen.GrabMainWindow(file);
+  const auto spent = std::chrono::steady_clock::now() - start;
+  PrintList(state);
+  std::printf(
+      "list shown after %lld ms, %ld kB resident\n",
+      static_cast<long long>(std::chrono::duration_cast<std::chrono::milliseconds>(spent).count()),
+      ResidentKilobytes());
+  std::fflush(stdout);
+  if (saved) {
+    std::cerr << "Picture saved as " << file << '\n';
+  } else {
+    std::cerr << "kelpin: " << file << ": the picture cannot be written\n";
+  }
+  state.dialog->PostClose();
+}
+
+int Start(const Options& options, int& argc, char** argv, SteadyTime start) {
+  const desktop::Folders folders = desktop::FindFolders();
+  qt::QtScreen screen(argc, argv, {folders.state, folders.runtime, std::nullopt});
+  const std::unique_ptr<desktop::SpdlogLog> log = OpenLog(folders);
+
+  Device device;
+  std::string why;
+  if (!OpenDevice(options, folders, device, why)) {
+    std::cerr << "kelpin: " << why << '\n';
+    if (options.screenshot.empty()) {
+      screen.MessageBox(0, QString::fromStdString(why).toStdU16String(), u"Kelpin", ui::kBoxError);
+    }
+    return kExitFailure;
+  }
+  card::SimService card(*device.channel);
+  card::CardDevices devices;
+  qt::QtShell shell(options.platform == "smartphone" ? u"Smartphone" : u"PocketPC");
+  desktop::DesktopPrograms programs(desktop::DataFolders(desktop::ProgramFolder()));
+  desktop::SteadyClock clock;
+
+  bool saved = true;
+  ProgramHooks hooks;
+  if (!options.screenshot.empty()) {
+    hooks.listLoaded = [&](app::AppState& state) {
+      screen.PostToScreen([&] { Report(screen, state, options.screenshot, start, saved); });
+    };
+  }
+  const app::Ports ports{card,  card, devices, *device.registry, *device.kernel, shell, programs,
+                         clock, *log, screen};
+  const int code = RunProgram(ports, hooks);
+  return saved ? code : kExitFailure;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const SteadyTime start = std::chrono::steady_clock::now();
+  Options options;
+  CLI::App cli{"Kelpin, the phone-book manager for SIM and USIM cards", "kelpin"};
+  cli.add_option("--sim", options.sim, SimHelp())
+      ->check([](const std::string& text) {
+        const std::string name = text.substr(0, text.find(':'));
+        return FindSimAdapter(name) != nullptr ? "" : "no such kind of card: " + name;
+      })
+      ->type_name("CARD");
+  cli.add_option("--registry", options.registry,
+                 "The settings file, else registry.reg in the config folder")
+      ->type_name("FILE");
+  cli.add_option("--platform", options.platform, "pocketpc (default) or smartphone")
+      ->check(CLI::IsMember({"pocketpc", "smartphone"}, CLI::ignore_case))
+      ->transform(CLI::Transformer({{"Smartphone", "smartphone"}}, CLI::ignore_case))
+      ->type_name("NAME");
+  cli.add_flag("--demo", options.demo, "A sample card and settings, thrown away at the end");
+  cli.add_option("--screenshot", options.screenshot,
+                 "Wait for the list, save a picture (PNG), print the list, end")
+      ->type_name("FILE");
+  cli.set_version_flag("--version", "Kelpin 6.80");
+  try {
+    cli.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    const int code = cli.exit(error);
+    return code == 0 ? 0 : kExitUsage;
+  }
+  if (!HasDisplay()) {
+    std::cerr << "kelpin: no display; start it in a graphical session, or with xvfb-run\n";
+    return kExitFailure;
+  }
+  return Start(options, argc, argv, start);
+}

@@ -303,6 +303,8 @@ TYPED_TEST_P(RadioInterfaceContract, ChangesByOthersAreToldOnce) {
     }
     return changed;
   };
+  // A card that nobody has read yet cannot have changed since.
+  session.Await(this->Port().RIL_ReadPhonebookEntries(ril, 1, kKnownTotal));
   ask();
   EXPECT_EQ(ask(), 0u);
   this->TouchCard();
@@ -318,6 +320,8 @@ TYPED_TEST_P(RadioInterfaceContract, ARewrittenPhonebookIsToldAndThenThatItIsRea
   this->Open(all, 0x80C00000);
   this->Open(stateOnly, platform::kRilClassRadioState);
   const platform::RilHandle silent = this->Open(none, 0);
+  none.Await(this->Port().RIL_ReadPhonebookEntries(silent, 1, kKnownTotal));
+  const std::size_t before = stateOnly.NotificationCount();
   this->TouchCard();
   EXPECT_EQ(all.AwaitNotification(0x8000000B).code, 0x8000000Bu);
   for (auto* session : {&all, &stateOnly}) {
@@ -327,7 +331,7 @@ TYPED_TEST_P(RadioInterfaceContract, ARewrittenPhonebookIsToldAndThenThatItIsRea
     std::memcpy(&state, ready.data.data(), sizeof(state));
     EXPECT_NE(state.readyState & platform::kRilReadyPhonebook, 0u);
   }
-  EXPECT_EQ(stateOnly.NotificationCount(), 1u);
+  EXPECT_EQ(stateOnly.NotificationCount(), before + 1);
   ASSERT_EQ(this->Port().RIL_Deinitialize(silent), 0);
   EXPECT_EQ(none.NotificationCount(), 0u);
 }

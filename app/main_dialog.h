@@ -24,6 +24,7 @@ class MainDialog : public ui::DialogHandler {
   void OnMessage(ui::Dialog& dialog, std::uint32_t message, std::uint32_t first,
                  std::uint32_t second) override;
   void OnHelp(ui::Dialog& dialog) override;
+  void OnClose(ui::Dialog& dialog) override;
   void OnDestroy(ui::Dialog& dialog) override;
 
  private:

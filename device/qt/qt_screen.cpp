@@ -31,13 +31,10 @@ QtScreen::QtScreen(int& argc, char** argv, Options options)
   }
   windows_ = std::make_unique<ScreenWindows>(*application_, *this, std::move(options.stateFolder),
                                              options.size);
-  anchors_ = std::make_unique<ScreenAnchors>(std::move(options.runtimeFolder),
-                                             [this](const std::string& token) {
-                                               PostToScreen([this, token] {
-                                                 UseActivationToken(token);
-                                                 windows_->Raise();
-                                               });
-                                             });
+  anchors_ = std::make_unique<ScreenAnchors>(
+      std::move(options.runtimeFolder), [this](const std::string& token) {
+        PostToScreen([this, token] { WithActivationToken(token, [this] { windows_->Raise(); }); });
+      });
 }
 
 QtScreen::~QtScreen() = default;

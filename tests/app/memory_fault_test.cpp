@@ -1,3 +1,14 @@
+// A sanitizer brings its own operator new, and only one can be in a program.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define KELPIN_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define KELPIN_SANITIZED 1
+#endif
+#endif
+
+#ifndef KELPIN_SANITIZED
+
 #include <cstdlib>
 #include <new>
 
@@ -15,18 +26,19 @@ void* Allocate(std::size_t size) {
 
 }  // namespace
 
-// This program's own, so that a test can run out of memory.
-void* operator new(std::size_t size) {
+// This program's own, so that a test can run out of memory. Not inlined: the compiler would take
+// the malloc and the free in them for a mismatched pair.
+[[gnu::noinline]] void* operator new(std::size_t size) {
   if (void* const memory = Allocate(size)) return memory;
   throw std::bad_alloc();
 }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   return Allocate(size);
 }
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
   std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
   std::free(memory);
 }
 
@@ -78,3 +90,5 @@ TEST_F(MemoryFaultTest, ARowThatCannotBeReplacedIsStillARow) {
 
 }  // namespace
 }  // namespace kelpin::app
+
+#endif  // KELPIN_SANITIZED

@@ -254,7 +254,9 @@ FakeRadio::Answer FakeRadio::ReadEntries(std::uint32_t first, std::uint32_t last
   {
     MutexLock lock(lock_);
     source = entrySource_;
-    if (!source) entries = entries_;
+    if (!source && first <= last) {
+      entries.insert(entries_.lower_bound(first), entries_.upper_bound(last));
+    }
   }
   if (source) entries = source();
   Answer answer;

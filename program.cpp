@@ -1,8 +1,10 @@
 #include "program.h"
 
 #include "app/commands.h"
+#include "app/delete_entries.h"
 #include "app/list_commands.h"
 #include "app/list_loader.h"
+#include "app/watchers.h"
 #include "app/wiring.h"
 #include "res/ids.h"
 
@@ -13,6 +15,7 @@ namespace {
 void FillCommands(app::AppState& state, app::Commands& commands, app::ListLoader& loader) {
   commands.Register(res::kCommandSelectAll, [&state] { app::SelectAllRows(state); });
   commands.Register(res::kCommandRefresh, [&loader] { loader.Refresh(); });
+  app::RegisterDelete(state, commands, loader, nullptr);
   commands.Register(res::kCommandCopyNumber, [&state] { app::CopyNumbers(state); });
 }
 
@@ -23,6 +26,9 @@ int RunProgram(const app::Ports& ports, const ProgramHooks& hooks,
   app::Wiring wiring;
   wiring.listLoaded = hooks.listLoaded;
   wiring.fillCommands = FillCommands;
+  wiring.startWatchers = [](app::AppState& state, app::Commands& commands, app::ListLoader&) {
+    app::StartWatchers(state, commands);
+  };
   return app::Run(ports, wiring, arguments);
 }
 

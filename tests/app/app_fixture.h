@@ -29,7 +29,8 @@
 
 namespace kelpin::app {
 
-// A SIM that lets a test look around at the moment a session is opened.
+// A SIM that lets a test look around at the moment a session is opened, an entry is read or
+// deleted.
 class ProbingSim : public test::FakeSim {
  public:
   using FakeSim::FakeSim;
@@ -38,7 +39,32 @@ class ProbingSim : public test::FakeSim {
     if (callback != nullptr && onOpen) onOpen();
     return FakeSim::SimInitialize(flags, callback, parameter, sim);
   }
+  platform::SimResult SimReadPhonebookEntry(platform::SimHandle sim, std::uint32_t storage,
+                                            std::uint32_t index,
+                                            platform::SimPhonebookEntry& entry) override {
+    if (onRead) onRead(index);
+    return FakeSim::SimReadPhonebookEntry(sim, storage, index, entry);
+  }
+  platform::SimResult SimDeletePhonebookEntry(platform::SimHandle sim, std::uint32_t storage,
+                                              std::uint32_t index) override {
+    if (onDelete) onDelete(index);
+    return FakeSim::SimDeletePhonebookEntry(sim, storage, index);
+  }
+  // Set while nobody calls.
   std::function<void()> onOpen;
+  std::function<void(std::uint32_t index)> onRead;
+  std::function<void(std::uint32_t index)> onDelete;
+};
+
+// A screen that lets a test look around when the wait cursor comes and goes.
+class ProbingScreen : public test::HeadlessScreen {
+ public:
+  using HeadlessScreen::HeadlessScreen;
+  void SetWaitCursor(bool wait) override {
+    HeadlessScreen::SetWaitCursor(wait);
+    if (onWaitCursor) onWaitCursor(wait);
+  }
+  std::function<void(bool wait)> onWaitCursor;  // set while nobody calls
 };
 
 // The device with all its fakes.
@@ -46,7 +72,7 @@ struct Device {
   test::Journal journal;
   test::FailPlan failures;
   test::FakeClock clock{journal};
-  test::HeadlessScreen screen{journal, failures};
+  ProbingScreen screen{journal, failures};
   ProbingSim sim{journal, failures};
   test::FakeRadio radio{journal, failures};
   test::FakeDevices devices{journal, failures};

@@ -1,0 +1,217 @@
+#include "app/delete_entries.h"
+
+#include <string>
+#include <utility>
+
+#include "app/app_state.h"
+#include "app/commands.h"
+#include "app/list_loader.h"
+#include "app/list_turn.h"
+#include "app/readiness.h"
+#include "app/sim_error.h"
+#include "res/format.h"
+#include "res/ids.h"
+#include "res/strings.h"
+#include "ui/screen.h"
+
+namespace kelpin::app {
+namespace {
+
+constexpr std::uint32_t kSelectedFocused = ui::kItemSelected | ui::kItemFocused;
+
+ui::ListView& List(const AppState& state) {
+  return *state.dialog->List(res::kMainList);
+}
+
+}  // namespace
+
+EntryDeletion::EntryDeletion(AppState& state, Commands& commands, const ListLoader& loader,
+                             ClearField clearField)
+    : state_(state), commands_(commands), loader_(loader), clearField_(std::move(clearField)) {}
+
+void EntryDeletion::Start() {
+  const ui::ListView& list = List(state_);
+  if (running_ || asking_ || list.SelectedCount() == 0 || !CardIsReady(state_)) {
+    return;
+  }
+  chosen_.clear();
+  for (int row = list.NextItem(-1, ui::kItemSelected); row >= 0;
+       row = list.NextItem(row, ui::kItemSelected)) {
+    chosen_.push_back(list.ItemData(row));
+  }
+  if (Ask()) {
+    Begin();
+  } else {
+    chosen_.clear();
+  }
+}
+
+bool EntryDeletion::Ask() {
+  asking_ = true;
+  const ui::BoxAnswer answer = state_.ports.screen.MessageBox(
+      state_.mainDialog, res::LoadString(res::kStringDeleteFromSimQuestion),
+      res::LoadString(res::kStringWarning), ui::kBoxQuestion);
+  asking_ = false;
+  return answer == ui::BoxAnswer::kYes && !state_.dialog->Ended();
+}
+
+void EntryDeletion::Begin() {
+  running_ = true;
+  chosenCount_ = chosen_.size();
+  deletedCount_ = 0;
+  state_.ports.screen.SetWaitCursor(true);
+  commands_.EnableSoftKeys(false);
+  // The notices of these deletions are not for the watcher, which would do the rows again.
+  state_.simPhonebook.SetCollectDeletions(0);
+  PostNext();
+}
+
+void EntryDeletion::PostNext() {
+  if (!nextIsDue_) {
+    nextIsDue_ = true;
+    state_.dialog->PostCommand(res::kCommandDeleteNext);
+  }
+}
+
+void EntryDeletion::Continue() {
+  nextIsDue_ = false;
+  if (!running_ || asking_) {
+    return;
+  }
+  if (!hasList_) {
+    hasList_ = TakeListOrAsk(state_, res::kCommandDeleteNext);
+    if (!hasList_) {
+      nextIsDue_ = true;
+      return;
+    }
+  }
+  if (loader_.IsWaiting()) {
+    End();
+    TellStopped();
+    return;
+  }
+  // Rows that others took away since the question are nobody's choice any more.
+  while (!chosen_.empty() && chosen_.front() != nullptr && FirstRow() < 0) {
+    chosen_.pop_front();
+  }
+  if (!chosen_.empty()) {
+    DeleteFirst();
+    return;
+  }
+  SelectMarkedRow();
+  End();
+}
+
+void EntryDeletion::DeleteFirst() {
+  const int row = chosen_.front() == nullptr ? -1 : FirstRow();
+  std::uint32_t index = 0;
+  if (GetListRow(state_, row, &index, nullptr, nullptr) == 0) {
+    End();
+    return;
+  }
+  const platform::SimResult result = state_.simPhonebook.DeleteEntry(index);
+  if (!Succeeded(result)) {
+    End();
+    ShowSimError(state_.ports.screen, state_.mainDialog, result);
+    return;
+  }
+  state_.simPhonebook.MarkSlot(index, 0);
+  ClearFields(index);
+  List(state_).DeleteItem(row);
+  chosen_.pop_front();
+  ++deletedCount_;
+  PostNext();
+}
+
+void EntryDeletion::ClearFields(std::uint32_t index) {
+  if (!clearField_) {
+    return;
+  }
+  const AppSettings& settings = state_.settings;
+  const auto clearIf = [&](bool wanted, ExtendedField field) {
+    if (wanted) {
+      clearField_(index, field);
+    }
+  };
+  clearIf(settings.Disable_ANR == 0, ExtendedField::kNumber2);
+  clearIf(settings.Disable_ANRA == 0, ExtendedField::kNumber3);
+  clearIf(settings.Disable_EMAIL == 0, ExtendedField::kEmail);
+  clearIf(settings.Enable_SNE != 0, ExtendedField::kNickname);
+  clearIf(settings.Enable_GAS != 0, ExtendedField::kGroup);
+}
+
+int EntryDeletion::FirstRow() const {
+  const ui::ListView& list = List(state_);
+  // Nearly always the first selected row; the user may have selected another meanwhile.
+  const int selected = list.NextItem(-1, ui::kItemSelected);
+  if (selected >= 0 && list.ItemData(selected) == chosen_.front()) {
+    return selected;
+  }
+  for (int row = 0; row < list.ItemCount(); ++row) {
+    if (list.ItemData(row) == chosen_.front()) {
+      return row;
+    }
+  }
+  return -1;
+}
+
+void EntryDeletion::SelectMarkedRow() {
+  ui::ListView& list = List(state_);
+  // To the list, row -1 is every row.
+  if (const int mark = list.SelectionMark(); mark >= 0) {
+    list.SetItemState(mark, kSelectedFocused, kSelectedFocused);
+    list.EnsureVisible(0);
+  }
+}
+
+void EntryDeletion::End() {
+  running_ = false;
+  chosen_.clear();
+  state_.simPhonebook.SetCollectDeletions(1);
+  commands_.EnableSoftKeys(true);
+  state_.ports.screen.SetWaitCursor(false);
+  if (hasList_) {
+    hasList_ = false;
+    GiveListBack(state_);
+  }
+  commands_.FollowSelection();
+}
+
+void EntryDeletion::TellStopped() {
+  state_.ports.screen.MessageBox(
+      state_.mainDialog,
+      res::Format(res::LoadString(res::kTextDeletionStopped), {deletedCount_, chosenCount_}),
+      res::LoadString(res::kStringWarning), ui::kBoxWarning);
+}
+
+bool EntryDeletion::MayClose() {
+  if (!running_) {
+    return true;
+  }
+  if (asking_) {
+    return false;
+  }
+  asking_ = true;
+  const ui::BoxAnswer answer = state_.ports.screen.MessageBox(
+      state_.mainDialog,
+      res::Format(res::LoadString(res::kTextDeletionCloseQuestion), {deletedCount_, chosenCount_}),
+      res::LoadString(res::kStringWarning), ui::kBoxQuestion);
+  asking_ = false;
+  if (answer == ui::BoxAnswer::kYes) {
+    End();
+    return true;
+  }
+  PostNext();
+  return false;
+}
+
+void RegisterDelete(AppState& state, Commands& commands, const ListLoader& loader,
+                    EntryDeletion::ClearField clearField) {
+  const auto deletion =
+      std::make_shared<EntryDeletion>(state, commands, loader, std::move(clearField));
+  commands.Register(res::kCommandDelete, [deletion] { deletion->Start(); });
+  commands.Register(res::kCommandDeleteNext, [deletion] { deletion->Continue(); });
+  state.mayClose = [deletion] { return deletion->MayClose(); };
+}
+
+}  // namespace kelpin::app

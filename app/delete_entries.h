@@ -1,0 +1,80 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+
+namespace kelpin::ui {
+struct RowData;
+}
+
+namespace kelpin::app {
+
+struct AppState;
+class Commands;
+class ListLoader;
+
+// What an entry may have beside its name and number, in the order in which it is cleared.
+enum class ExtendedField { kNumber2, kNumber3, kEmail, kNickname, kGroup };
+
+// The Delete command: takes the selected entries from the card and from the list, after a question.
+//
+// What was selected when the user was asked is what is deleted. The work is done on the screen
+// thread, an entry at a time, with the screen served between two entries, so that the window is
+// drawn and the rows are seen to go. Meanwhile nobody else works on the list, its commands are off,
+// and the window does not close without asking. A list that is to be read again, since the card was
+// changed or replaced, ends the work: what is left is no longer what the user chose.
+//
+// Screen thread.
+class EntryDeletion {
+ public:
+  // Clears one field of the entry at `index` where the card keeps such a field. Failures are its
+  // own. May be empty.
+  using ClearField = std::function<void(std::uint32_t index, ExtendedField field)>;
+
+  EntryDeletion(AppState& state, Commands& commands, const ListLoader& loader,
+                ClearField clearField);
+
+  // The command.
+  void Start();
+  // The next entry; comes by the command kCommandDeleteNext.
+  void Continue();
+  // Whether the window may close: while entries are being deleted the user is asked, and a Yes ends
+  // the work.
+  bool MayClose();
+  bool Running() const { return running_; }
+
+ private:
+  bool Ask();
+  void Begin();
+  void PostNext();
+  void DeleteFirst();
+  void ClearFields(std::uint32_t index);
+  // The first chosen row's number, -1 when it is not listed any more.
+  int FirstRow() const;
+  void SelectMarkedRow();
+  // Puts everything back as it was; what is not deleted yet stays.
+  void End();
+  void TellStopped();
+
+  AppState& state_;
+  Commands& commands_;
+  const ListLoader& loader_;
+  const ClearField clearField_;
+
+  std::deque<std::shared_ptr<const ui::RowData>> chosen_;  // not deleted yet, from the top
+  std::size_t chosenCount_ = 0;
+  std::size_t deletedCount_ = 0;
+  bool asking_ = false;   // the user is being asked something
+  bool running_ = false;  // between the user's Yes and the end
+  bool hasList_ = false;
+  bool nextIsDue_ = false;  // Continue will come
+};
+
+// Registers the command and what it needs.
+void RegisterDelete(AppState& state, Commands& commands, const ListLoader& loader,
+                    EntryDeletion::ClearField clearField);
+
+}  // namespace kelpin::app

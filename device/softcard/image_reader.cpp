@@ -281,7 +281,8 @@ bool ReadElementary(const Place& place, CardFile& file, Totals& totals) {
       }
     }
     file.kind = FileKind::kTransparent;  // until the link is resolved
-    return place.At("link").Text(file.link);
+    return place.At("link").Text(file.link) &&
+           (!file.link.empty() || place.At("link").Fail("a path is wanted"));
   }
   if (!place.Needs("structure") || !place.At("structure").Word(kStructureWords, file.kind)) {
     return false;

@@ -1,7 +1,10 @@
 // Picks a device from the command line and starts the program on it. The only file that names the
 // adapters.
 
+#include <fcntl.h>
 #include <stdlib.h>
+#include <sys/file.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <QFile>
@@ -14,6 +17,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <vector>
 
@@ -27,6 +31,7 @@
 #include "device/desktop/utf8.h"
 #include "device/desktop/xdg.h"
 #include "device/kernel/kernel.h"
+#include "device/qt/end_signals.h"
 #include "device/qt/qt_screen.h"
 #include "device/qt/qt_shell.h"
 #include "device/registry/text_registry.h"
@@ -112,7 +117,8 @@ bool WriteSampleCard(const char* name, const fs::path& file, std::string& why) {
   return false;
 }
 
-// A folder of its own for one run, taken away again at the end.
+// A folder of its own for one run, taken away again at the end, or by the next run when this one
+// was killed. Its lock file tells whether somebody still has it.
 class ScratchFolder {
  public:
   ~ScratchFolder() {
@@ -120,21 +126,49 @@ class ScratchFolder {
     if (!path_.empty()) {
       fs::remove_all(path_, ignored);
     }
+    if (lock_ >= 0) {
+      close(lock_);
+    }
   }
-  bool Make(std::string& why) {
-    std::error_code error;
-    std::string name = (fs::temp_directory_path(error) / "kelpin-demo-XXXXXX").string();
-    if (error || ::mkdtemp(name.data()) == nullptr) {
-      why = "no scratch folder can be made in " + fs::path(name).parent_path().string();
+  bool Make(const fs::path& runtime, std::string& why) {
+    RemoveAbandoned(runtime);
+    std::string name = (runtime / (std::string(kPrefix) + "XXXXXX")).string();
+    if (mkdtemp(name.data()) == nullptr) {
+      why = "no scratch folder can be made in " + runtime.string() + "; is the disk full?";
       return false;
     }
     path_ = name;
+    lock_ = Lock(path_);
     return true;
   }
   const fs::path& Path() const { return path_; }
 
  private:
+  static constexpr std::string_view kPrefix = "demo-";
+
+  static int Lock(const fs::path& folder) {
+    const int file = open((folder / "lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
+    if (file >= 0 && flock(file, LOCK_EX | LOCK_NB) != 0) {
+      close(file);
+      return -1;
+    }
+    return file;
+  }
+  static void RemoveAbandoned(const fs::path& runtime) {
+    std::error_code ignored;
+    for (const fs::directory_entry& entry : fs::directory_iterator(runtime, ignored)) {
+      if (!entry.path().filename().string().starts_with(kPrefix)) {
+        continue;
+      }
+      if (const int file = Lock(entry.path()); file >= 0) {
+        fs::remove_all(entry.path(), ignored);
+        close(file);
+      }
+    }
+  }
+
   fs::path path_;
+  int lock_ = -1;
 };
 
 // What the program needs of the device, but for the screen.
@@ -190,10 +224,8 @@ bool OpenCard(const Options& options, const desktop::Folders& folders, Device& d
 
 bool OpenDevice(const Options& options, const desktop::Folders& folders, Device& device,
                 std::string& why) {
-  if (options.demo && !device.scratch.Make(why)) {
-    return false;
-  }
-  if (!desktop::MakePrivateFolder(folders.runtime, why)) {
+  if (!desktop::MakePrivateFolder(folders.runtime, why) ||
+      (options.demo && !device.scratch.Make(folders.runtime, why))) {
     return false;
   }
   device.kernel = kernel::Kernel::Open(folders.runtime, why);
@@ -268,7 +300,9 @@ void Report(qt::QtScreen& screen, app::AppState& state, const std::string& file,
 
 int Start(const Options& options, int& argc, char** argv, SteadyTime start) {
   const desktop::Folders folders = desktop::FindFolders();
+  qt::EndSignals endSignals;
   qt::QtScreen screen(argc, argv, {folders.state, folders.runtime, std::nullopt});
+  endSignals.Listen();
   const std::unique_ptr<desktop::SpdlogLog> log = OpenLog(folders);
 
   Device device;

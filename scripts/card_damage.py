@@ -14,7 +14,8 @@ def build(cards):
     tail = part + b"\xff\xff"
     adn_rows = [
         (adn("Good entry", "+447700900010", 16, ext), ""),
-        (raw(b"Length 15") + b"\x0f\x91" + part[2:] + b"\xff\xff", "number length beyond the field"),
+        (raw(b"Length 15") + b"\x0f\x91" + part[2:] + b"\xff\xff",
+         "number length beyond the field"),
         (raw(b"Length 0") + b"\x00\x81" + b"\xff" * 10 + b"\xff\xff", "number length 0"),
         (raw(b"Length 1") + b"\x01\x91" + b"\xff" * 10 + b"\xff\xff", "TON/NPI and no digits"),
         (raw(b"Length 80") + b"\x80\x91" + part[2:] + b"\xff\xff", "number length 128"),
@@ -61,7 +62,8 @@ def build(cards):
     ]
     email_rows = [
         (text_record("good@example.org", 42, b"\x01\x01"), ""),
-        (text_record("stolen@example.org", 42, b"\x01\x01"), "points back to entry 1, entry 4 here"),
+        (text_record("stolen@example.org", 42, b"\x01\x01"),
+         "points back to entry 1, entry 4 here"),
         (b"\x80\x00\x61\x00".ljust(40, b"\xff") + b"\x01\x05", "form 80 ends within a character"),
         (b"\x81\x30\x08\x90".ljust(40, b"\xff") + b"\x09\xfe", "counts 48; points back to set 9"),
         (b"x" * 40 + b"\x00\x00", "fills the field; points back to nothing"),

@@ -1,5 +1,8 @@
 #!/usr/bin/env python3
-"""Writes the sample cards, res/cards/*.json. The same every time; run from anywhere."""
+"""Writes the sample cards, res/cards/*.json. The same every time; run from anywhere.
+
+With --check nothing is written: fails on a card that the script would write otherwise.
+"""
 import pathlib
 import sys
 
@@ -117,7 +120,8 @@ def messages(count):
         sms(1, "+447700900111", "Dinner at eight? Bring the big pot."),
         sms(3, "+493023125042", "Ihr Rezept liegt bereit. Apotheke Süd"),
         None,
-        sms(1, "22044", "Code 4711. Do not tell it to anybody.")], fill=bytes(1).ljust(176, b"\xff"))
+        sms(1, "22044", "Code 4711. Do not tell it to anybody.")],
+                   fill=bytes(1).ljust(176, b"\xff"))
 
 
 class Set:
@@ -418,19 +422,31 @@ def usim_local():
                  search_record=False)
 
 
+def damaged():
+    return card_damage.build(sys.modules[__name__])
+
+
+CARDS = {"sim-250": sim_250, "usim": usim_sample, "usim-empty": usim_empty,
+         "usim-full": usim_full, "usim-1000": usim_1000, "usim-local": usim_local,
+         "damaged": damaged}
+
+
 def main():
     folder = pathlib.Path(__file__).resolve().parent.parent / "res" / "cards"
-    folder.mkdir(parents=True, exist_ok=True)
-    def damaged():
-        return card_damage.build(sys.modules[__name__])
-
-    for name, make in (("sim-250", sim_250), ("usim", usim_sample), ("usim-empty", usim_empty),
-                       ("usim-full", usim_full), ("usim-1000", usim_1000),
-                       ("usim-local", usim_local), ("damaged", damaged)):
+    differing = []
+    for name, make in CARDS.items():
+        path = folder / (name + ".json")
         text = make()
-        (folder / (name + ".json")).write_text(text, encoding="utf-8")
-        print(f"{name}.json: {len(text.encode())} bytes")
+        if "--check" not in sys.argv[1:]:
+            folder.mkdir(parents=True, exist_ok=True)
+            path.write_text(text, encoding="utf-8")
+            print(f"{path.name}: {len(text.encode())} bytes")
+        elif not path.exists() or path.read_text(encoding="utf-8") != text:
+            differing.append(path.name)
+    for name in differing:
+        print(f"{name}: not what the script writes; run scripts/make_card_images.py")
+    return 1 if differing else 0
 
 
 if __name__ == "__main__":
-    main()
+    sys.exit(main())

@@ -141,9 +141,9 @@ void ListLoader::Load() {
   ShowOutcome(outcome);
   commands_.SetLoadCommandsEnabled(true);
   state_.ports.screen.SetWaitCursor(false);
-  list.SetVisible(true);
   GiveListBack(state_);
   commands_.FollowSelection();
+  list.SetVisible(true);
   if (wiring_.listLoaded) {
     wiring_.listLoaded(state_);
   }
@@ -231,8 +231,10 @@ void ListLoader::ShowProgress(std::uint32_t done, std::uint32_t used) {
 
 void ListLoader::ShowOutcome(const Outcome& outcome) {
   const Failure failure = FailureText(outcome.code);
+  // What cannot be pressed is not to be advised.
+  const int emptyHint = commands_.Knows(res::kCommandNew) ? res::kTextNoEntriesHint : 0;
   List(state_).SetMessage(outcome.failed ? Message(failure.text, failure.hint)
-                                         : Message(res::kTextNoEntries, res::kTextNoEntriesHint));
+                                         : Message(res::kTextNoEntries, emptyHint));
 }
 
 void ListLoader::CopyNewSim() {

@@ -194,7 +194,7 @@ TEST(ReadReference, KeepsNoMoreThanThirteenTypes) {
 
 TEST(ReadReference, SurvivesAnyBytes) {
   std::uint32_t state = 12345;
-  for (int round = 0; round < 20000; ++round) {
+  for (std::uint32_t round = 0; round < 20000; ++round) {
     ByteVector record;
     const std::size_t size = round % 64;
     while (record.size() < size) {
@@ -204,7 +204,7 @@ TEST(ReadReference, SurvivesAnyBytes) {
       record.push_back(byte % 2 == 0 ? kTags[byte / 2 % 8] : byte);
     }
     PhonebookLayout layout;
-    ReadReference(record, static_cast<std::uint32_t>(round % 5), layout);
+    ReadReference(record, round % 5, layout);
     for (const SetLayout& set : layout.sets) {
       ASSERT_LE(set.type1.count, 13u);
       ASSERT_LE(set.type2.count, 13u);

@@ -71,19 +71,22 @@ inline void SetImageRecord(nlohmann::json& image, const std::vector<std::string>
   records[number - 1] = hex;
 }
 
-// A software card over a copy of one of the sample images, changed before the card is put in.
+// The text of one of the sample images, changed.
+inline std::string ImageText(const std::string& sample, const ImageChange& change = nullptr) {
+  nlohmann::json image = nlohmann::json::parse(
+      std::ifstream(std::filesystem::path(KELPIN_SOURCE_DIR) / "res/cards" / (sample + ".json")));
+  if (change) change(image);
+  return image.dump(1);
+}
+
+// A software card of its own over an image.
 class SoftCard {
  public:
+  // A copy of one of the sample images, changed before the card is put in.
   explicit SoftCard(const std::string& sample, const ImageChange& change = nullptr) {
-    file_ = (folder_.Path() / "card.json").string();
-    nlohmann::json image = nlohmann::json::parse(
-        std::ifstream(std::filesystem::path(KELPIN_SOURCE_DIR) / "res/cards" / (sample + ".json")));
-    if (change) change(image);
-    std::ofstream(file_) << image.dump(1);
-    std::string error;
-    channel_ = softcard::SoftChannel::Open(file_, error);
-    EXPECT_NE(channel_, nullptr) << error;
+    Open(ImageText(sample, change));
   }
+  static SoftCard FromText(const std::string& text) { return SoftCard(Text{text}); }
 
   softcard::SoftChannel& Channel() { return *channel_; }
   const std::string& File() const { return file_; }
@@ -91,6 +94,19 @@ class SoftCard {
   nlohmann::json Image() const { return nlohmann::json::parse(std::ifstream(file_)); }
 
  private:
+  struct Text {
+    const std::string& text;
+  };
+  explicit SoftCard(Text image) { Open(image.text); }
+
+  void Open(const std::string& text) {
+    file_ = (folder_.Path() / "card.json").string();
+    std::ofstream(file_) << text;
+    std::string error;
+    channel_ = softcard::SoftChannel::Open(file_, error);
+    EXPECT_NE(channel_, nullptr) << error;
+  }
+
   ScratchFolder folder_;
   std::string file_;
   std::unique_ptr<softcard::SoftChannel> channel_;

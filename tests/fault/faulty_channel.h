@@ -1,0 +1,119 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "device/card/card_channel.h"
+
+namespace kelpin::device::card {
+
+// How a command goes wrong.
+enum class Fault {
+  kRefused,       // the card answers 6F00 and does nothing
+  kLostBefore,    // the command never reached the card; only the time-out tells
+  kLostAfter,     // carried out, and the answer lost
+  kGarbledAfter,  // carried out, and the answer garbled
+  kCutBefore,     // the card is pulled before the command, and is back when connected to
+  kCutAfter,      // carried out, then the card is pulled, and is back
+  kResetBefore,   // reset by somebody else before the command
+  kGoneBefore,    // pulled before the command, and stays out
+  kGoneAfter,     // carried out, then pulled, and stays out
+  kNotKept,       // the software card cannot keep the change
+};
+
+// Whether it matters that the command was carried out: a read that was is like one that was not.
+constexpr bool IsAfter(Fault fault) {
+  return fault == Fault::kLostAfter || fault == Fault::kGarbledAfter || fault == Fault::kCutAfter ||
+         fault == Fault::kGoneAfter || fault == Fault::kNotKept;
+}
+
+inline constexpr Fault kFaults[] = {Fault::kRefused,      Fault::kLostBefore, Fault::kLostAfter,
+                                    Fault::kGarbledAfter, Fault::kCutBefore,  Fault::kCutAfter,
+                                    Fault::kResetBefore,  Fault::kGoneBefore, Fault::kGoneAfter,
+                                    Fault::kNotKept};
+
+// A channel whose nth command from Arm on goes wrong.
+class FaultyChannel final : public CardChannel {
+ public:
+  explicit FaultyChannel(CardChannel& channel) : channel_(channel) {}
+
+  void Arm(std::uint32_t command, Fault fault) {
+    left_ = command;
+    fault_ = fault;
+    fired_ = false;
+    sent_.clear();
+  }
+  bool Fired() const { return fired_; }
+  // The instruction bytes of the commands since Arm.
+  const std::vector<std::uint8_t>& Sent() const { return sent_; }
+  void Disarm() {
+    left_ = 0;
+    gone_ = false;
+  }
+
+  TransportError Connect(std::vector<std::uint8_t>& atr) override {
+    if (gone_) return TransportError::kNoCard;
+    lost_ = TransportError::kNone;
+    return channel_.Connect(atr);
+  }
+  void Disconnect() override { channel_.Disconnect(); }
+  TransportError Transmit(std::span<const std::uint8_t> command,
+                          std::vector<std::uint8_t>& response) override {
+    if (lost_ != TransportError::kNone) return lost_;
+    sent_.push_back(command.size() > 1 ? command[1] : std::uint8_t{0});
+    if (left_ == 0 || --left_ > 0) return channel_.Transmit(command, response);
+    fired_ = true;
+    std::vector<std::uint8_t> ignored;
+    switch (fault_) {
+      case Fault::kRefused:
+        response = {0x6F, 0x00};
+        return TransportError::kNone;
+      case Fault::kLostBefore:
+        return TransportError::kTimeout;
+      case Fault::kLostAfter:
+        return After(command, TransportError::kTimeout);
+      case Fault::kGarbledAfter:
+        return After(command, TransportError::kCommunication);
+      case Fault::kCutBefore:
+        return lost_ = TransportError::kRemoved;
+      case Fault::kCutAfter:
+        return lost_ = After(command, TransportError::kRemoved);
+      case Fault::kResetBefore:
+        return lost_ = TransportError::kReset;
+      case Fault::kGoneBefore:
+        gone_ = true;
+        return lost_ = TransportError::kRemoved;
+      case Fault::kGoneAfter:
+        gone_ = true;
+        return lost_ = After(command, TransportError::kRemoved);
+      case Fault::kNotKept:
+        response = {0x65, 0x81};
+        return TransportError::kStorage;
+    }
+    return TransportError::kNone;
+  }
+  TransportError BeginTransaction() override {
+    return lost_ != TransportError::kNone ? lost_ : channel_.BeginTransaction();
+  }
+  void EndTransaction() override { channel_.EndTransaction(); }
+  void SetListener(CardChannelListener* listener) override { channel_.SetListener(listener); }
+  std::string Description() const override { return channel_.Description(); }
+
+ private:
+  TransportError After(std::span<const std::uint8_t> command, TransportError error) {
+    std::vector<std::uint8_t> ignored;
+    const TransportError below = channel_.Transmit(command, ignored);
+    return below == TransportError::kNone ? error : below;
+  }
+
+  CardChannel& channel_;
+  std::uint32_t left_ = 0;
+  Fault fault_ = Fault::kRefused;
+  bool fired_ = false;
+  std::vector<std::uint8_t> sent_;
+  bool gone_ = false;
+  TransportError lost_ = TransportError::kNone;
+};
+
+}  // namespace kelpin::device::card

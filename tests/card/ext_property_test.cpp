@@ -49,7 +49,9 @@ class ModelRun {
       SimClient sim(stack_->service);
       for (std::uint32_t i = 0; i < kOperationsInARound; ++i) Operate(sim);
     }
+    const std::vector<std::uint32_t> used = UsedCounts();
     Start();
+    ASSERT_EQ(UsedCounts(), used) << "what is free was known without reading it again";
     SimClient sim(stack_->service);
     for (std::uint32_t location = 1; location <= total_; ++location) {
       ASSERT_EQ(Read(location), fields_[location]) << location;
@@ -69,6 +71,16 @@ class ModelRun {
   void Start() {
     stack_.reset();
     stack_ = std::make_unique<ExtStack>(card_);
+  }
+
+  std::vector<std::uint32_t> UsedCounts() const {
+    std::vector<std::uint32_t> counts;
+    for (std::uint32_t set = 0; set < sim::kPhonebookSets; ++set) {
+      for (const FieldSlot slot : kAllFieldSlots) {
+        counts.push_back(stack_->book.SlotInUse(set, slot).usedCount);
+      }
+    }
+    return counts;
   }
 
   std::uint32_t Below(std::uint32_t bound) {

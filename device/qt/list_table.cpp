@@ -81,6 +81,10 @@ ListTable::ListTable(ui::ListView& list, DialogEvents& events, QWidget* parent)
           });
 }
 
+ListTable::~ListTable() {
+  QScroller::ungrabGesture(viewport());
+}
+
 void ListTable::Sync() {
   if (model_->Sync()) {
     widest_ = 0;

@@ -16,6 +16,7 @@ class ListTable : public QTableView {
 
  public:
   ListTable(ui::ListView& list, DialogEvents& events, QWidget* parent);
+  ~ListTable() override;
 
   void Sync();
 

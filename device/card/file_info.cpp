@@ -53,7 +53,7 @@ std::optional<FileInfo> ParseFcp(std::span<const std::uint8_t> content) {
   TlvReader reader(content);
   while (const auto object = reader.Next()) {
     const auto value = object->value;
-    if (object->tag == kTagDescriptor && !value.empty()) {
+    if (object->tag == kTagDescriptor && !described && !value.empty()) {
       const std::uint8_t kind = value[0] & 0x3F;  // without the shareable bit
       if ((kind & 0x38) == 0x38) {
         if (kind != 0x38) return std::nullopt;  // a structure of its own kind, 39: BER-TLV

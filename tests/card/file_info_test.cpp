@@ -64,6 +64,13 @@ TEST(FileInfo, AnswersThatSayTooLittleAreNone) {
   }
 }
 
+TEST(FileInfo, ASecondDescriptorDoesNotCount) {
+  const auto info = ParseFileInfo(Hex("620F 82054221001EFA 82024121 83024F3A"));
+  ASSERT_TRUE(info);
+  EXPECT_EQ(info->structure, FileStructure::kLinearFixed);
+  EXPECT_EQ(info->recordLength, 30);
+}
+
 TEST(FileInfo, ADeactivatedFileIsInvalidated) {
   const auto info = ParseFileInfo(Hex("620E 82054221001EFA 83024F3A 8A0104"));
   ASSERT_TRUE(info);

@@ -434,8 +434,7 @@ void ScreenWindows::Changed(ui::WindowHandle dialog) {
   dirty_.insert(dialog);
   if (!syncPosted_) {
     syncPosted_ = true;
-    QMetaObject::invokeMethod(
-        this, [this] { SyncDirty(); }, Qt::QueuedConnection);
+    application_.Queue().Post([this] { SyncDirty(); });
   }
 }
 

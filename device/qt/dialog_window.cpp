@@ -53,7 +53,9 @@ DialogWindow::DialogWindow(std::shared_ptr<ui::Dialog> dialog, QWidget* parent)
   MakeControls(dialog_->Controls());
 }
 
-DialogWindow::~DialogWindow() = default;
+DialogWindow::~DialogWindow() {
+  QScroller::ungrabGesture(scroll_->viewport());
+}
 
 void DialogWindow::MakeControls(const std::vector<ui::ControlState>& states) {
   for (const ui::ControlState& state : states) {

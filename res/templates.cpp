@@ -58,7 +58,7 @@ constexpr ControlTemplate kGroupPicker[] = {
 };
 
 constexpr ControlTemplate kMain[] = {
-    Label(kMainHeader, kTextMyNoTemplate, ui::kStyleHeader),
+    Label(kMainHeader, kTextMyNoTemplate, ui::kStyleHeader | ui::kStyleValue),
     List(kMainList, kMainHeader),
 };
 

@@ -29,7 +29,8 @@ inline constexpr std::uint32_t kStyleCentered = 8;
 inline constexpr std::uint32_t kStyleBold = 16;
 inline constexpr std::uint32_t kStyleSingleSelection = 32;  // a list; else several rows at once
 inline constexpr std::uint32_t kStyleHeader = 64;           // a label drawn as the dialog's heading
-inline constexpr std::uint32_t kStyleValue = 128;           // a label that shows a looked-up value
+// A label that shows a looked-up value; with kStyleHeader, a caption and then the value.
+inline constexpr std::uint32_t kStyleValue = 128;
 
 struct ControlTemplate {
   int id = 0;

@@ -347,7 +347,8 @@ QPoint DialogWindow::PopupPlace(ui::Point point) const {
   if (point.x >= 0 || point.y >= 0) {
     return content_->mapToGlobal(QPoint(point.x, point.y));
   }
-  QWidget* at = focusWidget();
+  const auto focused = controls_.find(dialog_->Focus());
+  QWidget* at = focused != controls_.end() ? focused->second.active : focusWidget();
   if (auto* table = qobject_cast<ListTable*>(at)) {
     ui::ListView* list = dialog_->List(dialog_->Focus());
     const int row = list == nullptr ? -1 : list->FocusedItem();
@@ -382,13 +383,25 @@ void DialogWindow::Finish() {
   hide();
 }
 
+// A program may place its list anew only when both sides changed, and an edge that is dragged
+// changes one: it is told of a size between first, which differs from both in both.
+void DialogWindow::TellSize() {
+  const ui::Size before = dialog_->ClientSize();
+  const ui::Size now = ClientSize();
+  if ((before.width == now.width) != (before.height == now.height)) {
+    const auto between = [](int from, int to) { return to + 1 == from ? to + 2 : to + 1; };
+    dialog_->Resize({between(before.width, now.width), between(before.height, now.height)});
+  }
+  dialog_->Resize(now);
+}
+
 void DialogWindow::resizeEvent(QResizeEvent* event) {
   QDialog::resizeEvent(event);
   LayOutFrame();
   if (finished_) {
     return;
   }
-  dialog_->Resize(ClientSize());
+  TellSize();
   Sync();
   if (QWidget* focused = focusWidget();
       focused != nullptr && qobject_cast<EditField*>(focused) != nullptr) {

@@ -66,6 +66,7 @@ class DialogWindow : public QDialog, public DialogEvents {
   void ApplyLabel(QWidget& widget, const ui::ControlState& state);
   void NameControls(const std::vector<ui::ControlState>& states);
   void LayOutFrame();
+  void TellSize();
   void PlaceAll(const std::vector<ui::ControlState>& states);
   void SyncFocus();
   void SyncAll();  // after a change of colours or text size

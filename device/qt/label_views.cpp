@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <algorithm>
 
+#include "device/qt/dialog_accessible.h"
 #include "device/qt/icons.h"
 #include "device/qt/text.h"
 #include "device/qt/theme.h"
@@ -36,13 +37,16 @@ HeaderTexts SplitHeader(const QString& text) {
   return {text.trimmed(), {}};
 }
 
-HeaderView::HeaderView(QWidget* parent) : QWidget(parent) {}
+HeaderView::HeaderView(QWidget* parent) : QWidget(parent) {
+  setProperty(kIsText, true);
+}
 
 void HeaderView::Apply(const ui::ControlState& state) {
   const HeaderTexts texts = SplitHeader(ToQt(state.text));
   caption_ = texts.caption;
   number_ = texts.number;
   centered_ = (state.style & ui::kStyleCentered) != 0;
+  valued_ = (state.style & ui::kStyleValue) != 0;
   setAccessibleName(ToQt(state.text));
   update();
 }
@@ -51,7 +55,7 @@ void HeaderView::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   const QPalette& colors = palette();
   QRect room = rect().adjusted(kHeaderMargin, 0, -kHeaderMargin, 0);
-  if (number_.isEmpty()) {
+  if (!valued_ && number_.isEmpty()) {
     painter.setFont(FontFor(TextRole::kHeader));
     painter.setPen(colors.color(QPalette::WindowText));
     const QString shown = painter.fontMetrics().elidedText(caption_, Qt::ElideRight, room.width());
@@ -71,7 +75,7 @@ void HeaderView::paintEvent(QPaintEvent* /*event*/) {
   const QFont small = FontFor(TextRole::kCaption);
   const QFont large = FontFor(TextRole::kHeader);
   const int above = QFontMetrics(small).height();
-  const int below = QFontMetrics(large).height();
+  const int below = number_.isEmpty() ? 0 : QFontMetrics(large).height();
   const int top = room.top() + (room.height() - above - below) / 2;
   const int flags = static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine);
   painter.setFont(small);

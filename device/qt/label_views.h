@@ -21,6 +21,7 @@ class HeaderView : public QWidget {
   QString caption_;
   QString number_;
   bool centered_ = false;
+  bool valued_ = false;  // there is room for a number, also while none is known
 };
 
 // A drawing of the program, in its own colours.

@@ -7,6 +7,7 @@
 #include <QPainter>
 #include <algorithm>
 
+#include "device/qt/dialog_accessible.h"
 #include "device/qt/list_table.h"
 #include "device/qt/text.h"
 #include "device/qt/theme.h"
@@ -16,7 +17,10 @@ namespace kelpin::qt {
 // What is so, how far it is, what to do next.
 class ListPane::Message : public QWidget {
  public:
-  explicit Message(QWidget* parent) : QWidget(parent) { setObjectName(QStringLiteral("message")); }
+  explicit Message(QWidget* parent) : QWidget(parent) {
+    setObjectName(QStringLiteral("message"));
+    setProperty(kIsText, true);
+  }
 
   void Apply(const ui::ListMessage& message) {
     if (message == message_) {

@@ -63,6 +63,7 @@ ListTable::ListTable(ui::ListView& list, DialogEvents& events, QWidget* parent)
   verticalHeader()->setDefaultSectionSize(RowHeight());
   header_->setStretchLastSection(false);
   SetUpScroller(viewport());
+  QAccessible::installActivationObserver(this);
 
   connect(header_, &QHeaderView::sectionClicked, this,
           [this](int section) { list_.ClickHeader(section); });
@@ -82,6 +83,7 @@ ListTable::ListTable(ui::ListView& list, DialogEvents& events, QWidget* parent)
 }
 
 ListTable::~ListTable() {
+  QAccessible::removeActivationObserver(this);
   QScroller::ungrabGesture(viewport());
 }
 
@@ -341,6 +343,13 @@ void ListTable::MirrorSelection() {
                                       QItemSelectionModel::NoUpdate);
   }
   mirroring_ = false;
+}
+
+// A screen reader may come when the list has been there for long.
+void ListTable::accessibilityActiveChanged(bool active) {
+  if (active) {
+    MirrorSelection();
+  }
 }
 
 void ListTable::TakeSelection() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAccessible>
 #include <QBasicTimer>
 #include <QTableView>
 
@@ -11,7 +12,7 @@
 namespace kelpin::qt {
 
 // Draws a ui::ListView and hands presses and keys on to it; what they do is decided there.
-class ListTable : public QTableView {
+class ListTable : public QTableView, private QAccessible::ActivationObserver {
   Q_OBJECT
 
  public:
@@ -35,6 +36,7 @@ class ListTable : public QTableView {
   void changeEvent(QEvent* event) override;
 
  private:
+  void accessibilityActiveChanged(bool active) override;
   void LayOutColumns();
   // What the rows in sight need in `column`.
   int WidestInSight(int column) const;

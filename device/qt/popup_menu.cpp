@@ -35,7 +35,7 @@ void PopupMenu::Fill(QMenu& menu, const std::vector<ui::MenuItem>& items) {
       menu.addSeparator();
       continue;
     }
-    QString text = ToQt(item.text).replace(QLatin1Char('&'), QStringLiteral("&&"));
+    const QString text = ToQt(item.text).replace(QLatin1Char('&'), QStringLiteral("&&"));
     const QIcon icon = AccentIcon(QString::fromStdString(item.icon), palette(), Scaled(20));
     if (!item.items.empty()) {
       QMenu* subMenu = menu.addMenu(icon, text);
@@ -44,10 +44,10 @@ void PopupMenu::Fill(QMenu& menu, const std::vector<ui::MenuItem>& items) {
       Fill(*subMenu, item.items);
       continue;
     }
-    if (!item.keys.empty()) {
-      text += QLatin1Char('\t') + ToQt(item.keys);
-    }
     QAction* action = menu.addAction(icon, text);
+    // Shown and read out; a menu in no menu bar never acts on it, the dialog's accelerators do.
+    action->setShortcut(QKeySequence::fromString(ToQt(item.keys), QKeySequence::PortableText));
+    action->setShortcutContext(Qt::WidgetShortcut);
     action->setObjectName(QStringLiteral("command%1").arg(item.command));
     action->setEnabled(item.enabled);
     connect(

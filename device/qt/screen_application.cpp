@@ -4,6 +4,7 @@
 #include <QCursor>
 #include <QScreen>
 
+#include "device/qt/dialog_accessible.h"
 #include "device/qt/icons.h"
 #include "device/qt/soft_key_bar.h"
 #include "device/qt/style.h"
@@ -14,6 +15,7 @@ namespace kelpin::qt {
 ScreenApplication::ScreenApplication(int& argc, char** argv) {
   if (qApp == nullptr) {
     owned_ = std::make_unique<QApplication>(argc, argv);
+    InstallDialogAccessibility();
     InstallSoftKeyAccessibility();
   }
   QGuiApplication::setQuitOnLastWindowClosed(false);

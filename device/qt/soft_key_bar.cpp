@@ -61,7 +61,7 @@ void InstallSoftKeyAccessibility() {
 }
 
 SoftKeyButton::SoftKeyButton(QWidget* parent) : QAbstractButton(parent) {
-  setFocusPolicy(Qt::StrongFocus);
+  setFocusPolicy(Qt::TabFocus);  // a press leaves the focus in the list
   setAttribute(Qt::WA_Hover);
 }
 

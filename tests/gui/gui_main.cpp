@@ -2,6 +2,7 @@
 
 #include <QApplication>
 
+#include "device/qt/dialog_accessible.h"
 #include "device/qt/soft_key_bar.h"
 
 namespace {
@@ -41,6 +42,7 @@ int main(int argc, char** argv) {
   SetUnlessThere("KELPIN_THEME", "light");
   qunsetenv("DBUS_SESSION_BUS_ADDRESS");  // tests of the bus start one of their own
   const QApplication application(argc, argv);
+  kelpin::qt::InstallDialogAccessibility();
   kelpin::qt::InstallSoftKeyAccessibility();
   return RUN_ALL_TESTS();
 }

@@ -11,7 +11,8 @@ using ui::ControlKind;
 using ui::ControlTemplate;
 
 constexpr std::array kListControls = {
-    ControlTemplate{kSampleHeader, ControlKind::kLabel, u"My No. 1234567890", ui::kStyleHeader},
+    ControlTemplate{kSampleHeader, ControlKind::kLabel, u"My No. 1234567890",
+                    ui::kStyleHeader | ui::kStyleValue},
     ControlTemplate{kSampleList, ControlKind::kList, u"", ui::kStyleNone, kSampleHeader},
 };
 constexpr std::array kFormControls = {

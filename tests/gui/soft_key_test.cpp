@@ -62,7 +62,13 @@ TEST_F(SoftKeys, MenuItemsAreFitForAFingerAndShowTheirShortcuts) {
       EXPECT_FALSE(action->icon().isNull()) << action->text().toStdString();
     }
   }
-  EXPECT_EQ(Item(kEdit)->text(), QStringLiteral("Edit...\tF2"));
+  EXPECT_EQ(Item(kEdit)->text(), QStringLiteral("Edit..."));
+  EXPECT_EQ(Item(kEdit)->shortcut(), QKeySequence(Qt::Key_F2));
+  EXPECT_TRUE(Item(kEdit)->isShortcutVisibleInContextMenu());
+  // Read out as two, and left to the dialog: a greyed command's keys do nothing in either.
+  QAccessibleInterface* item = QAccessible::queryAccessibleInterface(right_->Menu())->child(0);
+  EXPECT_EQ(item->text(QAccessible::Name), QStringLiteral("Edit..."));
+  EXPECT_EQ(item->text(QAccessible::Accelerator), QStringLiteral("F2"));
 }
 
 TEST_F(SoftKeys, GreyedAndRemovedItemsFollowTheDialog) {
@@ -147,6 +153,29 @@ TEST_F(SoftKeys, TheMenuIsAPartOfTheAccessibleTree) {
   refresh->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
   EXPECT_TRUE(ServeUntil([&] { return !handler_.commands.empty(); }));
   EXPECT_EQ(handler_.commands, std::vector<int>{kRefresh});
+}
+
+TEST_F(SoftKeys, APopupIsAPartOfTheAccessibleTreeWhileItIsOpen) {
+  Open();
+  QAccessibleInterface* window = QAccessible::queryAccessibleInterface(WindowOf(*dialog_));
+  ASSERT_NE(window, nullptr);
+  EXPECT_EQ(window->role(), QAccessible::Dialog);
+  const int before = window->childCount();
+  EXPECT_EQ(window->child(before), nullptr);
+  auto menu = std::make_shared<ui::Menu>();
+  menu->Append(kEdit, u"Edit...");
+  dialog_->ShowPopup(menu, {40, 120});
+  ASSERT_EQ(window->childCount(), before + 1);
+  QAccessibleInterface* popup = window->child(before);
+  ASSERT_NE(popup, nullptr);
+  EXPECT_EQ(popup->role(), QAccessible::PopupMenu);
+  EXPECT_EQ(window->indexOfChild(popup), before);
+  ASSERT_EQ(popup->childCount(), 1);
+  popup->child(0)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+  EXPECT_TRUE(ServeUntil([&] { return !handler_.commands.empty(); }));
+  EXPECT_EQ(handler_.commands, std::vector<int>{kEdit});
+  Find<qt::PopupMenu>(*dialog_, "popup")->hide();
+  EXPECT_EQ(window->childCount(), before);
 }
 
 TEST_F(SoftKeys, ADialogWithoutThemHasADoneKey) {

@@ -44,6 +44,29 @@ TEST_F(Windows, TheDialogIsToldTheRoomAboveItsSoftKeys) {
   EXPECT_TRUE(ServeUntil([&] { return handler.sizes.back() == ui::Size{1200, 900 - 56}; }));
 }
 
+TEST_F(Windows, AnEdgeThatIsDraggedIsToldAsAChangeOfBothSides) {
+  SampleDialog handler(*screen_);
+  const auto dialog = Show(kListTemplate, handler);
+  for (const QSize size : {QSize(400, 640), QSize(400, 639), QSize(401, 639), QSize(400, 639),
+                           QSize(400, 700), QSize(900, 500)}) {
+    handler.sizes.clear();
+    const ui::Size before = dialog->ClientSize();
+    WindowOf(*dialog)->resize(size);
+    ASSERT_TRUE(ServeUntil([&] {
+      return dialog->ClientSize().width == size.width() &&
+             dialog->ClientSize().height == size.height() - 56;
+    }));
+    ASSERT_FALSE(handler.sizes.empty());
+    EXPECT_EQ(handler.sizes.back(), (ui::Size{size.width(), size.height() - 56}));
+    ui::Size last = before;
+    for (const ui::Size& told : handler.sizes) {
+      EXPECT_NE(told.width, last.width);
+      EXPECT_NE(told.height, last.height);
+      last = told;
+    }
+  }
+}
+
 TEST_F(Windows, AModalDialogTakesTheInputOfItsOwnerAlone) {
   SampleDialog handler(*screen_);
   const auto dialog = Show(kListTemplate, handler);
@@ -269,6 +292,42 @@ TEST_F(Windows, TheHeaderSetsTheNumberApart) {
   is("My No. *21#", "My No.", "*21#");
   is("SIM Information", "SIM Information", "");
   is("112", "112", "");
+}
+
+// How high a drawing's marks reach, of those that are not the window's colour.
+int MarkedHeight(const QImage& picture, int left) {
+  const QRgb empty = picture.pixel(0, 0);
+  int top = picture.height();
+  int bottom = -1;
+  for (int y = 0; y < picture.height(); ++y) {
+    for (int x = left; x < picture.width(); ++x) {
+      if (picture.pixel(x, y) != empty) {
+        top = std::min(top, y);
+        bottom = std::max(bottom, y);
+      }
+    }
+  }
+  return bottom - top + 1;
+}
+
+TEST_F(Windows, AHeaderWithoutItsNumberKeepsCaptionAndCard) {
+  qt::HeaderView header(nullptr);
+  header.resize(360, 56);
+  ui::ControlState state;
+  state.style = ui::kStyleHeader | ui::kStyleValue;
+  const auto draw = [&](const char16_t* text) {
+    state.text = text;
+    header.Apply(state);
+    return header.grab().toImage();
+  };
+  constexpr int kTexts = 16 + 28 + 12;  // right of the card's drawing
+  const QImage known = draw(u"My No. +491712345678");
+  const QImage unknown = draw(u"My No. ");
+  const QRect card(0, 0, kTexts, 56);
+  EXPECT_EQ(unknown.copy(card), known.copy(card));
+  EXPECT_GT(MarkedHeight(unknown.copy(card), 0), 12);
+  EXPECT_LE(MarkedHeight(unknown, kTexts), 12);  // one line of small text
+  EXPECT_GT(MarkedHeight(unknown, kTexts), 0);
 }
 
 TEST_F(Windows, TheInputPanelsBackKeyDeletesInAField) {

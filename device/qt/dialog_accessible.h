@@ -1,0 +1,12 @@
+#pragma once
+
+namespace kelpin::qt {
+
+// Makes a dialog's pop-up menu a part of the accessible tree for as long as it is open, and drawn
+// words texts. Once, after the application object was made.
+void InstallDialogAccessibility();
+
+// The property that a widget has which draws words and nothing else.
+inline constexpr char kIsText[] = "isText";
+
+}  // namespace kelpin::qt

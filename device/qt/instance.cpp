@@ -238,7 +238,9 @@ bool AnchorServer::Open() {
     return false;
   }
   unlinkat(folder.Get(), fresh.c_str(), 0);
-  if (bind(socket.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0 ||
+  // What is bound takes over the descriptor's mode: never open to others, not for a moment.
+  if (fchmod(socket.Get(), S_IRUSR | S_IWUSR) != 0 ||
+      bind(socket.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0 ||
       listen(socket.Get(), 8) != 0 ||
       renameat(folder.Get(), fresh.c_str(), folder.Get(), name.c_str()) != 0) {
     unlinkat(folder.Get(), fresh.c_str(), 0);

@@ -48,6 +48,18 @@ TEST_F(Instance, AWindowIsFoundByClassAndTitle) {
   EXPECT_EQ(qt::FindAnchor(Folder(), "ANOTHER", ""), std::nullopt);
 }
 
+TEST_F(Instance, TheSocketIsTheUsersAlone) {
+  const AnchorServer server(Folder(), info_, [](const std::string&) {});
+  ASSERT_TRUE(server.Listening());
+  std::size_t sockets = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(Folder())) {
+    EXPECT_EQ(entry.status().permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    ++sockets;
+  }
+  EXPECT_EQ(sockets, 1u);
+}
+
 TEST_F(Instance, TwoWindowsAreToldApart) {
   const AnchorServer one(Folder(), info_, [](const std::string&) {});
   const AnchorServer two(Folder(), {0x10, "ANOTHER", "Title", ":1.5"}, [](const std::string&) {});

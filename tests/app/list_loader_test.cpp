@@ -118,9 +118,18 @@ TEST_F(ListLoaderTest, AnEmptyCardIsNotReadAndItsMapIsFree) {
   EXPECT_EQ(List().ItemCount(), 0);
   EXPECT_EQ(state->simPhonebook.FirstFreeSlot(), 1u);
   EXPECT_EQ(List().Message().text, u"No entries on this card");
-  EXPECT_FALSE(List().Message().hint.empty());
   EXPECT_EQ(List().Message().total, 0);
   ExpectAtRest();
+}
+
+TEST_F(ListLoaderTest, AnEmptyCardsHintNamesOnlyWhatCanBePressed) {
+  std::erase(known, res::kCommandNew);
+  Open();
+  EXPECT_EQ(List().Message().text, u"No entries on this card");
+  EXPECT_EQ(List().Message().hint, u"");
+  theCommands->Register(res::kCommandNew, [] {});
+  Refresh();
+  EXPECT_EQ(List().Message().hint, u"Press New to add one, or Contacts to SIM... in the menu.");
 }
 
 TEST_F(ListLoaderTest, AFullCardIsReadTenLocationsAtATime) {

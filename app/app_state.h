@@ -11,6 +11,7 @@
 #include "app/ports.h"
 #include "app/settings.h"
 #include "sim/ril_client.h"
+#include "sim/ril_ext_phonebook.h"
 #include "sim/sim_phonebook.h"
 #include "ui/dialog.h"
 #include "ui/menu.h"
@@ -42,7 +43,8 @@ struct AppState {
   std::uint32_t isHighRes = 0;         // 1 when both sides of the screen are over 320 pixels
   std::uint32_t sipAutoDeployOff = 0;  // not 0: the input panel is left alone
 
-  // Settings, read when the main dialog opens.
+  // Settings, read when the main dialog opens. Only its QueryNewSIM changes later: the first load,
+  // which acts on it, sets it to 0, and nobody but a load looks at it then.
   AppSettings settings;
   std::uint32_t language = 0;  // settings.CurLang as it was then
 
@@ -64,8 +66,8 @@ struct AppState {
 
   // The card.
   sim::SimPhonebook simPhonebook;
-  sim::RilClient radio;         // told of what happens; reads the list and the header
-  sim::RilClient extPhonebook;  // told of nothing; for the extended fields
+  sim::RilClient radio;               // told of what happens; reads the list and the header
+  sim::RilExtPhonebook extPhonebook;  // told of nothing; for the extended fields
 };
 
 // The program's name, from the string table.

@@ -8,11 +8,11 @@
 #include <vector>
 
 #include "app/app_state.h"
-#include "app/case_fold.h"
 #include "res/format.h"
 #include "res/ids.h"
 #include "res/strings.h"
 #include "ui/dialog.h"
+#include "ui/fold_case.h"
 #include "ui/screen.h"
 
 namespace kelpin::app {
@@ -106,7 +106,8 @@ int InsertListRow(AppState& state, std::uint32_t index, const char16_t* number,
 int ReplaceListRow(AppState& state, int row, std::uint32_t index, const char16_t* name,
                    const char16_t* number) {
   ui::ListView* const list = List(state);
-  if (list == nullptr || number == nullptr || name == nullptr) {
+  if (list == nullptr || number == nullptr || name == nullptr || row < 0 ||
+      row >= list->ItemCount()) {
     return 0;
   }
   try {
@@ -164,9 +165,9 @@ int CompareListRows(const ListItemData& left, const ListItemData& right, int col
     case kColumnIndex:
       return first.index == second.index ? 0 : (first.index < second.index ? -1 : 1);
     case kColumnName:
-      return CompareIgnoringCase(first.name, second.name);
+      return ui::CompareIgnoringCase(first.name, second.name);
     case kColumnNumber:
-      return CompareIgnoringCase(first.number, second.number);
+      return ui::CompareIgnoringCase(first.number, second.number);
     default:
       return 0;
   }
@@ -187,13 +188,6 @@ void SortMainList(AppState& state) {
                            static_cast<const ListItemData&>(*right), column, ascending);
   });
   list->SetSortArrow(column, ascending ? ui::SortArrow::kAscending : ui::SortArrow::kDescending);
-}
-
-void SetListLoading(AppState& state, bool loading) {
-  state.loading = loading;
-  if (ui::ListView* const list = List(state)) {
-    list->SetNotifying(!loading);
-  }
 }
 
 bool IsListLoading(const AppState& state) {

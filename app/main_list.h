@@ -45,7 +45,7 @@ void PlaceMainList(AppState& state, ui::Size client);
 // text is missing or there is no memory; then there is no row.
 int InsertListRow(AppState& state, std::uint32_t index, const char16_t* number,
                   const char16_t* name);
-// The same for a row that is there.
+// The same for a row that is there; 0 also when it is not.
 int ReplaceListRow(AppState& state, int row, std::uint32_t index, const char16_t* name,
                    const char16_t* number);
 // Outputs may be null. 0 when the row holds no entry; the outputs stay as they were.
@@ -61,8 +61,7 @@ int CompareListRows(const ListItemData& left, const ListItemData& right, int col
 // By the sort column and direction of `state`; the column's header shows it.
 void SortMainList(AppState& state);
 
-// While a load runs the list's notifications are not acted on.
-void SetListLoading(AppState& state, bool loading);
+// While somebody works on the rows the list's notifications are not acted on.
 bool IsListLoading(const AppState& state);
 
 }  // namespace kelpin::app

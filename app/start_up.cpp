@@ -1,6 +1,6 @@
 #include "app/start_up.h"
 
-#include <array>
+#include <string>
 
 #include "app/registry_key.h"
 #include "app/settings.h"
@@ -10,6 +10,7 @@
 #include "res/strings.h"
 #include "res/templates.h"
 #include "sim/sim_phonebook.h"
+#include "ui/fold_case.h"
 #include "ui/screen.h"
 
 namespace kelpin::app {
@@ -21,7 +22,7 @@ using platform::SimResult;
 
 constexpr std::u16string_view kStateKey = u"System\\OEM_State";
 constexpr std::u16string_view kAnchorValue = u"KELPIN_HW";
-constexpr std::u16string_view kSmartphone = u"SMARTPHONE";
+constexpr std::u16string_view kSmartphone = u"Smartphone";
 constexpr std::size_t kPlatformTypeLimit = 260;
 constexpr std::uint32_t kNoSimPhoneType = 2;
 constexpr std::uint32_t kShellRetryDelay = 3000;  // milliseconds
@@ -51,20 +52,6 @@ void StoreAnchor(platform::Registry& registry, ui::WindowHandle window) {
   // A second copy finds the window by its class first; this is its last resort.
   static_cast<void>(key.WriteDword(kAnchorValue, window));
   static_cast<void>(key.Flush());
-}
-
-bool EqualsIgnoringAsciiCase(std::u16string_view text, std::u16string_view upper) {
-  if (text.size() != upper.size()) {
-    return false;
-  }
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const char16_t unit = text[at];
-    const bool small = unit >= u'a' && unit <= u'z';
-    if ((small ? static_cast<char16_t>(unit - (u'a' - u'A')) : unit) != upper[at]) {
-      return false;
-    }
-  }
-  return true;
 }
 
 bool RegisterAnchorClass(ui::Screen& screen) {
@@ -175,10 +162,8 @@ int InitInstance(AppState& state, MainDialog& mainDialog, ModuleHandle instance,
   if (!RegisterAnchorClass(ports.screen)) {
     return 0;
   }
-  state.isSmartphone =
-      EqualsIgnoringAsciiCase(ports.shell.PlatformType().substr(0, kPlatformTypeLimit), kSmartphone)
-          ? 1
-          : 0;
+  const std::u16string platformType = ports.shell.PlatformType().substr(0, kPlatformTypeLimit);
+  state.isSmartphone = ui::CompareIgnoringCase(platformType, kSmartphone) == 0 ? 1 : 0;
 
   const SimResult card = CardState(ports);
   if (!Succeeded(card)) {

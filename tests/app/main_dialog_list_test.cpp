@@ -1,3 +1,4 @@
+#include "app/list_turn.h"
 #include "app/main_dialog.h"
 #include "tests/app/app_fixture.h"
 
@@ -34,7 +35,7 @@ TEST_F(MainDialogListTest, NothingIsDoneForTheListWhileItLoads) {
   PutThree();
   Open();
   Dialog().Command(res::kCommandSelectAll);
-  SetListLoading(*state, true);
+  ASSERT_TRUE(TakeList(*state));
   ran.clear();
   for (const ui::NotifyCode code : {ui::NotifyCode::kContextMenu, ui::NotifyCode::kItemActivated,
                                     ui::NotifyCode::kClick, ui::NotifyCode::kColumnClick,

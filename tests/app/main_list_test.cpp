@@ -1,5 +1,6 @@
 #include "app/main_list.h"
 
+#include "app/list_turn.h"
 #include "tests/app/app_fixture.h"
 
 namespace kelpin::app {
@@ -82,6 +83,13 @@ TEST_F(MainListTest, AReplacedRowHasANewBlockAndNewTexts) {
   EXPECT_EQ(RowText(0), u"8|Bert|456");
 }
 
+TEST_F(MainListTest, ARowThatIsNotThereCannotBeReplaced) {
+  InsertListRow(*state, 7, u"123", u"Anna");
+  EXPECT_EQ(ReplaceListRow(*state, 1, 8, u"Bert", u"456"), 0);
+  EXPECT_EQ(ReplaceListRow(*state, -1, 8, u"Bert", u"456"), 0);
+  EXPECT_EQ(Rows(), std::vector<std::u16string>{u"7|Anna|123"});
+}
+
 TEST_F(MainListTest, ARowsOutputsMayBeLeftOut) {
   InsertListRow(*state, 7, u"123", u"Anna");
   std::uint32_t index = 0;
@@ -133,13 +141,12 @@ TEST(CompareListRows, ByAnyOtherColumnAllAreEqual) {
 }
 
 TEST_F(MainListTest, SortingShowsItsArrowAndKeepsTheSelection) {
-  state->loading = true;
-  List().SetNotifying(false);
+  ASSERT_TRUE(TakeList(*state));
   InsertListRow(*state, 1, u"3", u"Cem");
   InsertListRow(*state, 2, u"1", u"anna");
   InsertListRow(*state, 3, u"2", u"Bert");
   List().SetItemState(2, ui::kItemSelected, ui::kItemSelected);  // Cem
-  SetListLoading(*state, false);
+  GiveListBack(*state);
   state->sortColumn = kColumnName;
   state->sortAscending = 0;
   SortMainList(*state);
@@ -188,10 +195,10 @@ TEST_F(MainListTest, AClientWithoutWidthLeavesNoNegativeColumn) {
 }
 
 TEST_F(MainListTest, TheLoadingFlagAndTheListsNotificationsGoTogether) {
-  SetListLoading(*state, true);
+  ASSERT_TRUE(TakeList(*state));
   EXPECT_TRUE(IsListLoading(*state));
   EXPECT_FALSE(List().Notifying());
-  SetListLoading(*state, false);
+  GiveListBack(*state);
   EXPECT_FALSE(IsListLoading(*state));
   EXPECT_TRUE(List().Notifying());
 }
@@ -203,8 +210,6 @@ TEST_F(MainListTest, WithoutADialogNothingHappens) {
   EXPECT_EQ(GetListRow(empty, 0, nullptr, nullptr, nullptr), 0);
   SortMainList(empty);
   PlaceMainList(empty, {240, 300});
-  SetListLoading(empty, true);
-  EXPECT_TRUE(IsListLoading(empty));
 }
 
 }  // namespace

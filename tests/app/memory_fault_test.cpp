@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <new>
 
+#include "app/list_turn.h"
 #include "tests/app/app_fixture.h"
 
 namespace {
@@ -53,7 +54,7 @@ class MemoryFaultTest : public AppTest {};
 
 TEST_F(MemoryFaultTest, ARowThatFindsNoMemoryIsLeftOut) {
   Open();
-  SetListLoading(*state, true);
+  ASSERT_TRUE(TakeList(*state));
   int failures = 0;
   for (int failing = 1;; ++failing) {
     ASSERT_LT(failing, 200);
@@ -72,7 +73,7 @@ TEST_F(MemoryFaultTest, ARowThatFindsNoMemoryIsLeftOut) {
 
 TEST_F(MemoryFaultTest, ARowThatCannotBeReplacedIsStillARow) {
   Open();
-  SetListLoading(*state, true);
+  ASSERT_TRUE(TakeList(*state));
   ASSERT_EQ(InsertListRow(*state, 5, u"1", u"Anna"), 1);
   for (int failing = 1;; ++failing) {
     ASSERT_LT(failing, 200);

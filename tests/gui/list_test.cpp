@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QHeaderView>
+#include <QPointingDevice>
 #include <QScrollBar>
 #include <QStyleHints>
 #include <QTest>
@@ -110,6 +111,55 @@ TEST_F(ListOnScreen, ALongPressAsksForTheContextMenuAndIsNoClick) {
       [](const ui::Notification& one) { return one.code == ui::NotifyCode::kContextMenu; });
   const QPoint there = table_->viewport()->mapTo(WindowOf(*dialog_), at);
   EXPECT_EQ(told->point, (ui::Point{there.x(), there.y()}));
+}
+
+class ListUnderAFinger : public ListOnScreen {
+ protected:
+  static QPointingDevice* Finger() {
+    static QPointingDevice* finger = QTest::createTouchDevice();
+    return finger;
+  }
+  // A touch, seen by the window as a touch screen's would be.
+  auto Touch() { return QTest::touchEvent(WindowOf(*dialog_)->windowHandle(), Finger()); }
+  QPoint InWindow(QPoint inViewport) const {
+    return table_->viewport()->mapTo(WindowOf(*dialog_), inViewport);
+  }
+};
+
+TEST_F(ListUnderAFinger, ATapSelects) {
+  Open();
+  const QPoint at = InWindow(Cell(*table_, 2, 1));
+  Touch().press(1, at).commit();
+  Touch().release(1, at).commit();
+  EXPECT_TRUE(ServeUntil([&] { return Selected() == std::vector<int>{2}; }));
+  EXPECT_EQ(handler_.Count(ui::NotifyCode::kClick), 1u);
+}
+
+TEST_F(ListUnderAFinger, ADragScrollsAndSelectsNothing) {
+  Open();
+  QPoint at = InWindow(Cell(*table_, 6, 1));
+  Touch().press(1, at).commit();
+  for (int step = 0; step < 12; ++step) {
+    QTest::qWait(10);
+    at -= QPoint(0, 12);
+    Touch().move(1, at).commit();
+  }
+  Touch().release(1, at).commit();
+  EXPECT_TRUE(ServeUntil([&] { return table_->verticalScrollBar()->value() > 0; }));
+  Settle();
+  EXPECT_TRUE(Selected().empty());
+  EXPECT_EQ(handler_.Count(ui::NotifyCode::kClick), 0u);
+}
+
+TEST_F(ListUnderAFinger, AHoldAsksForTheContextMenu) {
+  Open();
+  const QPoint at = InWindow(Cell(*table_, 3, 1));
+  Touch().press(1, at).commit();
+  QTest::qWait(QGuiApplication::styleHints()->mousePressAndHoldInterval() + 100);
+  Touch().release(1, at).commit();
+  EXPECT_TRUE(ServeUntil([&] { return handler_.Count(ui::NotifyCode::kContextMenu) == 1; }));
+  Settle();
+  EXPECT_EQ(handler_.Count(ui::NotifyCode::kClick), 0u);
 }
 
 TEST_F(ListOnScreen, TheRightButtonAsksForTheContextMenu) {

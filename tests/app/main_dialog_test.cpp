@@ -159,9 +159,11 @@ TEST_F(MainDialogTest, ClosingEndsItWithSixteen) {
 }
 
 TEST_F(MainDialogTest, ItsEndClosesCardAndRadioAndEndsTheProgram) {
-  Open();
   PutThree();
+  Open();
+  Select(2);
   const auto dialog = state->dialog;
+  ASSERT_TRUE(List().WantsKey(kDown));
   device.journal.Clear();
   dialog->Close();
   EXPECT_EQ(device.screen.RunMessageLoop(), 0);

@@ -25,7 +25,7 @@ struct Control {
 const std::map<int, std::vector<Control>>& Expected() {
   static const std::map<int, std::vector<Control>> expected = {
       {103, {{2021, kLabel, 0, ui::kStyleHidden}, {2019, kList, 2021}}},
-      {201, {{1001, kLabel, 0, ui::kStyleHeader}, {1000, kList, 1001}}},
+      {201, {{1001, kLabel, 0, ui::kStyleHeader | ui::kStyleValue}, {1000, kList, 1001}}},
       {202,
        {{1002, kLabel},
         {1004, kEdit, 1002},

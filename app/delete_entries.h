@@ -44,7 +44,6 @@ class EntryDeletion {
   // Whether the window may close: while entries are being deleted the user is asked, and a Yes ends
   // the work.
   bool MayClose();
-  bool Running() const { return running_; }
 
  private:
   bool Ask();

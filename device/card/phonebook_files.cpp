@@ -115,7 +115,9 @@ SimResult PhonebookFiles::IsHidden(std::uint32_t location, bool& hidden) {
   }
   RecordFile& control = layout_.File(place.set->folder.Child(file->fileId));
   CardResult result = control.Load();
-  if (result.Ok() && control.Info().recordLength >= 2) result = LearnShown(control);
+  if (result.Ok() && control.Info().recordLength >= 2 && !control.Known(place.record)) {
+    result = LearnShown(control);
+  }
   std::span<const std::uint8_t> data;
   if (result.Ok()) result = control.Read(place.record, data);
   if (result.Error() != TransportError::kNone) return ToSimResult(result);

@@ -63,7 +63,6 @@ RadioAnswer Refused(const CardResult& said) {
 
 RadioAnswer RadioCommands::ReadEntries(std::uint32_t first, std::uint32_t last, bool extended) {
   RadioAnswer answer;
-  if (first == 1) session_.Accept();
   PhonebookFiles& book = session_.Book();
   const SimResult result = session_.Read([&] {
     answer.data.clear();
@@ -87,6 +86,7 @@ RadioAnswer RadioCommands::ReadEntries(std::uint32_t first, std::uint32_t last, 
     return SimResult::kOk;
   });
   if (Succeeded(result)) {
+    if (first <= 1) session_.Accept();
     answer.code = platform::kRilResultOk;
   } else {
     answer.data.clear();

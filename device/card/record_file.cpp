@@ -19,6 +19,7 @@ CardResult RecordFile::Load() {
   bytes_.assign(static_cast<std::size_t>(info.recordLength) * info.recordCount, 0xFF);
   known_.assign(info.recordCount, false);
   learned_.clear();
+  emptyLearned_ = false;
   loaded_ = true;
   return result;
 }
@@ -79,8 +80,10 @@ CardResult RecordFile::Learn(std::span<const std::uint8_t> pattern) {
 }
 
 CardResult RecordFile::LearnEmpty() {
-  if (const CardResult result = Load(); !result.Ok()) return result;
-  return Learn(std::vector<std::uint8_t>(info_.recordLength, 0xFF));
+  if (const CardResult result = Load(); !result.Ok() || emptyLearned_) return result;
+  const CardResult result = Learn(std::vector<std::uint8_t>(info_.recordLength, 0xFF));
+  emptyLearned_ = result.Ok();
+  return result;
 }
 
 CardResult RecordFile::Update(std::uint8_t record, std::span<const std::uint8_t> data) {
@@ -98,6 +101,7 @@ CardResult RecordFile::Update(std::uint8_t record, std::span<const std::uint8_t>
 void RecordFile::ForgetRecords() {
   known_.assign(known_.size(), false);
   learned_.clear();
+  emptyLearned_ = false;
 }
 
 void RecordFile::Forget() {
@@ -108,6 +112,7 @@ void RecordFile::Forget() {
   bytes_.clear();
   known_.clear();
   learned_.clear();
+  emptyLearned_ = false;
 }
 
 }  // namespace kelpin::device::card

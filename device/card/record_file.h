@@ -56,6 +56,7 @@ class RecordFile {
   std::vector<std::uint8_t> bytes_;
   std::vector<bool> known_;
   std::vector<std::vector<std::uint8_t>> learned_;  // patterns
+  bool emptyLearned_ = false;
 };
 
 }  // namespace kelpin::device::card

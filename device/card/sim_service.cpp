@@ -56,6 +56,7 @@ void SimService::CardInserted() {
   queue_.Post(0, [this](bool cancelled) {
     if (cancelled) return;
     HeedEvents();
+    changedByOthers_ = true;
     NotifyRewritten();
   });
 }
@@ -74,6 +75,7 @@ void SimService::CardReset() {
   queue_.Post(0, [this](bool cancelled) {
     if (cancelled) return;
     HeedEvents();
+    changedByOthers_ = true;
     NotifyRewritten();
   });
 }
@@ -83,6 +85,7 @@ void SimService::CardTouched() {
   queue_.Post(0, [this](bool cancelled) {
     if (cancelled) return;
     HeedEvents();
+    changedByOthers_ = true;
     NotifyRewritten();
   });
 }
@@ -129,7 +132,6 @@ void SimService::NotifyReady(bool ready) {
 }
 
 void SimService::NotifyRewritten() {
-  changedByOthers_ = true;
   NotifyRadio(platform::kRilNotifyPhonebookRewritten, nullptr, 0);
   NotifyReady(true);
 }

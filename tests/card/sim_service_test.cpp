@@ -428,6 +428,82 @@ TEST(SimService, ACardResetInTheMiddleOfAListIsReadToTheEnd) {
   EXPECT_EQ(RadioClient::Records<platform::RilPhonebookEntry>(result).size(), 180U);
 }
 
+// A channel of which another program is known to have touched the card.
+class SharedChannel final : public CardChannel {
+ public:
+  explicit SharedChannel(CardChannel& channel) : channel_(channel) {}
+  void Touch() { listener_->CardTouched(); }
+
+  TransportError Connect(std::vector<std::uint8_t>& atr) override { return channel_.Connect(atr); }
+  void Disconnect() override { channel_.Disconnect(); }
+  TransportError Transmit(std::span<const std::uint8_t> command,
+                          std::vector<std::uint8_t>& response) override {
+    return channel_.Transmit(command, response);
+  }
+  TransportError BeginTransaction() override { return channel_.BeginTransaction(); }
+  void EndTransaction() override { channel_.EndTransaction(); }
+  bool OthersMaySelect() const override { return true; }
+  void SetListener(CardChannelListener* listener) override { listener_ = listener; }
+  std::string Description() const override { return channel_.Description(); }
+
+ private:
+  CardChannel& channel_;
+  CardChannelListener* listener_ = nullptr;
+};
+
+TEST(SimService, WhatAnotherProgramChangedIsReadFromTheCardAndToldOf) {
+  SoftCard card("usim");
+  SharedChannel channel(card.Channel());
+  SimService service(channel);
+  SimClient sim(service);
+  RadioClient radio(service);
+  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
+  // The other program selects the file on the same channel and writes over the record.
+  std::vector<std::uint8_t> response;
+  ASSERT_EQ(card.Channel().Transmit(Hex("00A40804067F105F3A4F3A"), response),
+            TransportError::kNone);
+  ASSERT_EQ(card.Channel().Transmit(
+                Hex("00DC010426" + Padded("58", 24) + "028121FFFFFFFFFFFFFFFFFFFFFF"), response),
+            TransportError::kNone);
+  ASSERT_EQ(ToHex(response), "9000");
+  channel.Touch();
+  EXPECT_EQ(sim.Text(1), u"X|12");
+  const auto notices = radio.Notices(2);
+  ASSERT_EQ(notices.size(), 2U);
+  EXPECT_EQ(notices[0].code, platform::kRilNotifyPhonebookRewritten);
+  EXPECT_EQ(notices[1].code, platform::kRilNotifyEquipmentState);
+  EXPECT_EQ(ToHex(radio.Ask(platform::kRilDevPhonebookChanged).data), "01000000");
+}
+
+TEST(SimService, AnotherCardThatIsListedAtOnceMayBeWritten) {
+  SoftCard card("usim");
+  SoftCard another("usim-full");
+  SimService service(card.Channel());
+  SimClient sim(service);
+  RadioClient radio(service);
+  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
+  const std::string file = card.File() + ".other";
+  std::filesystem::copy_file(another.File(), file);
+  std::string error;
+  ASSERT_TRUE(card.Channel().Insert(file, error)) << error;
+  ASSERT_EQ(radio.ReadEntries(1, 10).code, platform::kRilResultOk);
+  EXPECT_EQ(sim.Write(1, u"New list", u"1"), SimResult::kOk);
+}
+
+TEST(SimService, AFullCardIsWrittenOverWhereTheCallerSays) {
+  SoftCard card("usim-full");
+  SimService service(card.Channel());
+  SimClient sim(service);
+  std::uint32_t used = 0;
+  std::uint32_t total = 0;
+  ASSERT_EQ(sim.Status(used, total), SimResult::kOk);
+  EXPECT_EQ(used, total);
+  EXPECT_EQ(sim.Write(total, u"Over", u"1"), SimResult::kOk);
+  EXPECT_EQ(sim.Write(total + 1, u"Over", u"1"), SimResult::kInvalidIndex);
+  ASSERT_EQ(sim.Status(used, total), SimResult::kOk);
+  EXPECT_EQ(used, total);
+}
+
 TEST(SimService, AnEmptySlotIsNoCard) {
   SoftCard card("usim");
   card.Channel().Remove();

@@ -6,9 +6,17 @@
 
 #include <QApplication>
 #include <QSocketNotifier>
+#include <QTimer>
+#include <chrono>
 #include <csignal>
 
 namespace kelpin::qt {
+namespace {
+
+// Behind a box that is closed another may come up; nobody is there to answer it.
+constexpr std::chrono::milliseconds kAgain(100);
+
+}  // namespace
 
 EndSignals::EndSignals() {
   sigset_t signals;
@@ -26,6 +34,7 @@ EndSignals::EndSignals() {
 
 EndSignals::~EndSignals() {
   notifier_.reset();
+  again_.reset();
   if (descriptor_ >= 0) {
     close(descriptor_);
   }
@@ -41,7 +50,11 @@ void EndSignals::Listen() {
     while (read(descriptor_, &info, sizeof info) == sizeof info) {
     }
     QApplication::closeAllWindows();
+    again_->start();
   });
+  again_ = std::make_unique<QTimer>();
+  again_->setInterval(kAgain);
+  QObject::connect(again_.get(), &QTimer::timeout, again_.get(), &QApplication::closeAllWindows);
 }
 
 }  // namespace kelpin::qt

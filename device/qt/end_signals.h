@@ -3,6 +3,7 @@
 #include <memory>
 
 class QSocketNotifier;
+class QTimer;
 
 namespace kelpin::qt {
 
@@ -21,6 +22,7 @@ class EndSignals {
  private:
   int descriptor_ = -1;
   std::unique_ptr<QSocketNotifier> notifier_;
+  std::unique_ptr<QTimer> again_;
 };
 
 }  // namespace kelpin::qt

@@ -8,6 +8,7 @@
 
 #include "device/qt/activation.h"
 #include "device/qt/instance.h"
+#include "device/qt/message_window.h"
 #include "device/qt/screen_anchors.h"
 #include "device/qt/screen_application.h"
 #include "device/qt/screen_windows.h"
@@ -22,7 +23,8 @@ constexpr ui::WindowHandle kOwnedToo = 1;
 }  // namespace
 
 QtScreen::QtScreen(int& argc, char** argv, Options options)
-    : application_(std::make_unique<ScreenApplication>(argc, argv)) {
+    : boxes_(std::move(options.boxes)),
+      application_(std::make_unique<ScreenApplication>(argc, argv)) {
   if (options.stateFolder.empty()) {
     options.stateFolder = DefaultStateFolder();
   }
@@ -89,6 +91,10 @@ int QtScreen::DialogBox(const ui::DialogTemplate& resource, ui::WindowHandle own
 
 ui::BoxAnswer QtScreen::MessageBox(ui::WindowHandle owner, std::u16string_view text,
                                    std::u16string_view caption, ui::BoxStyle style) {
+  if (boxes_) {
+    boxes_(text, caption, style);
+    return MessageWindow::SafeAnswer(style);
+  }
   return windows_->MessageBox(owner, std::u16string(text), std::u16string(caption), style);
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "ui/screen.h"
 
@@ -26,10 +28,14 @@ class ScreenWindows;
 // KELPIN_TEXT_SCALE (percent) and KELPIN_FONT (a font family).
 class QtScreen : public ui::Screen, public ui::DialogHost {
  public:
+  // Told of each box instead of the user; it is answered as Escape would. Any thread.
+  using BoxListener = std::function<void(std::u16string_view text, std::u16string_view caption,
+                                         ui::BoxStyle style)>;
   struct Options {
     std::filesystem::path stateFolder;    // empty: $XDG_STATE_HOME/kelpin
     std::filesystem::path runtimeFolder;  // empty: $XDG_RUNTIME_DIR/kelpin
     std::optional<ui::Size> size;         // of the main window, for this run; not remembered
+    BoxListener boxes = nullptr;          // empty: the user is asked
   };
 
   QtScreen(int& argc, char** argv, Options options);
@@ -70,6 +76,7 @@ class QtScreen : public ui::Screen, public ui::DialogHost {
   void ShowPopup(ui::Dialog& dialog, std::shared_ptr<ui::Menu> menu, ui::Point point) override;
 
  private:
+  const BoxListener boxes_;
   std::unique_ptr<ScreenApplication> application_;
   std::unique_ptr<ScreenWindows> windows_;
   std::unique_ptr<ScreenAnchors> anchors_;

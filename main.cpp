@@ -1,16 +1,15 @@
 // Picks a device from the command line and starts the program on it. The only file that names the
 // adapters.
 
-#include <fcntl.h>
-#include <stdlib.h>
-#include <sys/file.h>
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
 #include <QFile>
 #include <QString>
+#include <QtGlobal>
+#include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -19,13 +18,14 @@
 #include <string>
 #include <string_view>
 #include <system_error>
-#include <vector>
 
 #include "app/app_state.h"
+#include "app/start_up.h"
 #include "device/card/card_channel.h"
 #include "device/card/card_devices.h"
 #include "device/card/sim_service.h"
 #include "device/desktop/desktop_programs.h"
+#include "device/desktop/run_folder.h"
 #include "device/desktop/spdlog_log.h"
 #include "device/desktop/steady_clock.h"
 #include "device/desktop/utf8.h"
@@ -48,6 +48,7 @@ using namespace kelpin::device;
 
 constexpr int kExitFailure = 1;
 constexpr int kExitUsage = 2;
+constexpr std::uint32_t kStartPatience = 5000;  // milliseconds
 
 struct Options {
   std::string sim;
@@ -60,21 +61,18 @@ struct Options {
 // A card on the command line: "NAME" or "NAME:ARGUMENT".
 struct SimAdapter {
   const char* name;
+  bool needsArgument;
   const char* help;
   // Null when it cannot be opened; `why` says why and what to do.
   std::unique_ptr<card::CardChannel> (*open)(const std::string& argument, std::string& why);
 };
 
 std::unique_ptr<card::CardChannel> OpenSoftCard(const std::string& file, std::string& why) {
-  if (file.empty()) {
-    why = "no card file is named; write --sim soft:FILE";
-    return nullptr;
-  }
   return softcard::SoftChannel::Open(file, why);
 }
 
 constexpr SimAdapter kSimAdapters[] = {
-    {"soft", "soft:FILE  a software card kept in FILE", OpenSoftCard},
+    {"soft", true, "soft:FILE  a software card kept in FILE", OpenSoftCard},
 };
 
 std::string SimHelp() {
@@ -94,86 +92,34 @@ const SimAdapter* FindSimAdapter(const std::string& name) {
   return nullptr;
 }
 
-// Copies a card image that is part of the program to `file`, readable by the user alone.
+// Empty when the text names a card, else what is wrong with it.
+std::string CheckSim(const std::string& text) {
+  const std::size_t colon = text.find(':');
+  const SimAdapter* adapter = FindSimAdapter(text.substr(0, colon));
+  if (adapter == nullptr) {
+    return "no such kind of card: \"" + text.substr(0, colon) + '"';
+  }
+  const bool argument = colon != std::string::npos && colon + 1 < text.size();
+  return argument || !adapter->needsArgument ? "" : std::string("write ") + adapter->help;
+}
+
+std::string CheckNotEmpty(const std::string& text) {
+  return text.empty() ? "the name of a file is wanted" : "";
+}
+
+// Copies a card image that is part of the program to `file`.
 bool WriteSampleCard(const char* name, const fs::path& file, std::string& why) {
   QFile sample(QString(":/kelpin/cards/") + name);
   if (!sample.open(QIODevice::ReadOnly)) {
     why = std::string("the sample card ") + name + " is not part of this program";
     return false;
   }
-  const QByteArray text = sample.readAll();
-  {
-    std::ofstream out(file, std::ios::binary);
-    fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
-    out.write(text.constData(), text.size());
-    out.flush();
-    if (out) {
-      return true;
-    }
-  }
-  why = file.string() + ": cannot be written; is the disk full?";
-  std::error_code ignored;
-  fs::remove(file, ignored);
-  return false;
+  return desktop::MakeWholeFile(file, sample.readAll().toStdString(), why);
 }
-
-// A folder of its own for one run, taken away again at the end, or by the next run when this one
-// was killed. Its lock file tells whether somebody still has it.
-class ScratchFolder {
- public:
-  ~ScratchFolder() {
-    std::error_code ignored;
-    if (!path_.empty()) {
-      fs::remove_all(path_, ignored);
-    }
-    if (lock_ >= 0) {
-      close(lock_);
-    }
-  }
-  bool Make(const fs::path& runtime, std::string& why) {
-    RemoveAbandoned(runtime);
-    std::string name = (runtime / (std::string(kPrefix) + "XXXXXX")).string();
-    if (mkdtemp(name.data()) == nullptr) {
-      why = "no scratch folder can be made in " + runtime.string() + "; is the disk full?";
-      return false;
-    }
-    path_ = name;
-    lock_ = Lock(path_);
-    return true;
-  }
-  const fs::path& Path() const { return path_; }
-
- private:
-  static constexpr std::string_view kPrefix = "demo-";
-
-  static int Lock(const fs::path& folder) {
-    const int file = open((folder / "lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
-    if (file >= 0 && flock(file, LOCK_EX | LOCK_NB) != 0) {
-      close(file);
-      return -1;
-    }
-    return file;
-  }
-  static void RemoveAbandoned(const fs::path& runtime) {
-    std::error_code ignored;
-    for (const fs::directory_entry& entry : fs::directory_iterator(runtime, ignored)) {
-      if (!entry.path().filename().string().starts_with(kPrefix)) {
-        continue;
-      }
-      if (const int file = Lock(entry.path()); file >= 0) {
-        fs::remove_all(entry.path(), ignored);
-        close(file);
-      }
-    }
-  }
-
-  fs::path path_;
-  int lock_ = -1;
-};
 
 // What the program needs of the device, but for the screen.
 struct Device {
-  ScratchFolder scratch;
+  desktop::ScratchFolder scratch;
   std::unique_ptr<kernel::Kernel> kernel;
   std::unique_ptr<registry::TextRegistry> registry;
   std::unique_ptr<card::CardChannel> channel;
@@ -224,8 +170,7 @@ bool OpenCard(const Options& options, const desktop::Folders& folders, Device& d
 
 bool OpenDevice(const Options& options, const desktop::Folders& folders, Device& device,
                 std::string& why) {
-  if (!desktop::MakePrivateFolder(folders.runtime, why) ||
-      (options.demo && !device.scratch.Make(folders.runtime, why))) {
+  if (options.demo && !device.scratch.Make(folders.runtime, why)) {
     return false;
   }
   device.kernel = kernel::Kernel::Open(folders.runtime, why);
@@ -256,6 +201,17 @@ bool HasDisplay() {
   return false;
 }
 
+// What Qt cannot go on without, a display that cannot be reached above all, ends the program as any
+// other failure does.
+void TellQtMessage(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text) {
+  std::cerr << text.toStdString() << '\n';
+  if (type == QtFatalMsg) {
+    std::cerr << "kelpin: the display cannot be used; start it in a graphical session, or with "
+                 "xvfb-run\n";
+    std::_Exit(kExitFailure);
+  }
+}
+
 long ResidentKilobytes() {
   std::ifstream status("/proc/self/status");
   for (std::string line; std::getline(status, line);) {
@@ -277,6 +233,16 @@ void PrintList(const app::AppState& state) {
   std::printf("%d entries\n", list.ItemCount());
 }
 
+// Whether all that was printed reached who reads it.
+bool PrintedAll() {
+  std::cout.flush();
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout) {
+    return true;
+  }
+  std::cerr << "kelpin: standard output cannot be written; is the disk full?\n";
+  return false;
+}
+
 using SteadyTime = std::chrono::steady_clock::time_point;
 
 // Saves the picture, prints the list and ends the program. Screen thread, after the list was drawn.
@@ -289,30 +255,71 @@ void Report(qt::QtScreen& screen, app::AppState& state, const std::string& file,
       "list shown after %lld ms, %ld kB resident\n",
       static_cast<long long>(std::chrono::duration_cast<std::chrono::milliseconds>(spent).count()),
       ResidentKilobytes());
-  std::fflush(stdout);
   if (saved) {
     std::cerr << "Picture saved as " << file << '\n';
   } else {
     std::cerr << "kelpin: " << file << ": the picture cannot be written\n";
   }
+  if (!PrintedAll()) {
+    saved = false;
+  }
   state.dialog->PostClose();
+}
+
+// Brings the copy that runs forward. False when none does; the card, which only one copy can have,
+// is this one's then.
+bool RaiseRunningCopy(qt::QtScreen& screen) {
+  const ui::WindowHandle running = screen.FindWindow(app::kAnchorClass, {});
+  if (running != 0) {
+    screen.SetForegroundWindow(running);
+  }
+  return running != 0;
+}
+
+// Nobody is there to answer a box while a picture is taken.
+qt::QtScreen::BoxListener PrintBoxes(std::atomic<bool>& failed) {
+  return [&failed](std::u16string_view text, std::u16string_view /*caption*/, ui::BoxStyle style) {
+    std::cerr << "kelpin: " << desktop::Utf8(text) << '\n';
+    if (style.icon == ui::BoxIcon::kStop) {
+      failed = true;
+    }
+  };
 }
 
 int Start(const Options& options, int& argc, char** argv, SteadyTime start) {
   const desktop::Folders folders = desktop::FindFolders();
+  const bool picture = !options.screenshot.empty();
+  desktop::StartTurn turn;
+  std::atomic<bool> failed = false;
   qt::EndSignals endSignals;
-  qt::QtScreen screen(argc, argv, {folders.state, folders.runtime, std::nullopt});
+  qInstallMessageHandler(TellQtMessage);
+  qt::QtScreen screen(argc, argv,
+                      {folders.state, folders.runtime, std::nullopt,
+                       picture ? PrintBoxes(failed) : qt::QtScreen::BoxListener()});
+  qInstallMessageHandler(nullptr);
   endSignals.Listen();
-  const std::unique_ptr<desktop::SpdlogLog> log = OpenLog(folders);
-
-  Device device;
-  std::string why;
-  if (!OpenDevice(options, folders, device, why)) {
-    std::cerr << "kelpin: " << why << '\n';
-    if (options.screenshot.empty()) {
-      screen.MessageBox(0, QString::fromStdString(why).toStdU16String(), u"Kelpin", ui::kBoxError);
+  const auto fail = [&](const std::string& reason) {
+    turn.Release();
+    std::cerr << "kelpin: " << reason << '\n';
+    if (!picture) {
+      screen.MessageBox(0, QString::fromStdString(reason).toStdU16String(), u"Kelpin",
+                        ui::kBoxError);
     }
     return kExitFailure;
+  };
+  const std::unique_ptr<desktop::SpdlogLog> log = OpenLog(folders);
+
+  std::string why;
+  if (!desktop::MakePrivateFolder(folders.runtime, why)) {
+    return fail(why);
+  }
+  turn.Wait(folders.runtime, kStartPatience);
+  if (RaiseRunningCopy(screen)) {
+    return picture ? fail("Kelpin runs already; close it, then take the picture") : 0;
+  }
+  Device device;
+  if (!OpenDevice(options, folders, device, why)) {
+    return fail(why);
   }
   card::SimService card(*device.channel);
   card::CardDevices devices;
@@ -320,17 +327,19 @@ int Start(const Options& options, int& argc, char** argv, SteadyTime start) {
   desktop::DesktopPrograms programs(desktop::DataFolders(desktop::ProgramFolder()));
   desktop::SteadyClock clock;
 
-  bool saved = true;
+  bool saved = !picture;
   ProgramHooks hooks;
-  if (!options.screenshot.empty()) {
+  if (picture) {
     hooks.listLoaded = [&](app::AppState& state) {
       screen.PostToScreen([&] { Report(screen, state, options.screenshot, start, saved); });
     };
   }
   const app::Ports ports{card,  card, devices, *device.registry, *device.kernel, shell, programs,
                          clock, *log, screen};
+  // Served when the program's window can be found.
+  screen.PostToScreen([&turn] { turn.Release(); });
   const int code = RunProgram(ports, hooks);
-  return saved ? code : kExitFailure;
+  return saved && !failed ? code : kExitFailure;
 }
 
 }  // namespace
@@ -339,14 +348,10 @@ int main(int argc, char** argv) {
   const SteadyTime start = std::chrono::steady_clock::now();
   Options options;
   CLI::App cli{"Kelpin, the phone-book manager for SIM and USIM cards", "kelpin"};
-  cli.add_option("--sim", options.sim, SimHelp())
-      ->check([](const std::string& text) {
-        const std::string name = text.substr(0, text.find(':'));
-        return FindSimAdapter(name) != nullptr ? "" : "no such kind of card: " + name;
-      })
-      ->type_name("CARD");
+  cli.add_option("--sim", options.sim, SimHelp())->check(CheckSim)->type_name("CARD");
   cli.add_option("--registry", options.registry,
                  "The settings file, else registry.reg in the config folder")
+      ->check(CheckNotEmpty)
       ->type_name("FILE");
   cli.add_option("--platform", options.platform, "pocketpc (default) or smartphone")
       ->check(CLI::IsMember({"pocketpc", "smartphone"}, CLI::ignore_case))
@@ -355,13 +360,17 @@ int main(int argc, char** argv) {
   cli.add_flag("--demo", options.demo, "A sample card and settings, thrown away at the end");
   cli.add_option("--screenshot", options.screenshot,
                  "Wait for the list, save a picture (PNG), print the list, end")
+      ->check(CheckNotEmpty)
       ->type_name("FILE");
   cli.set_version_flag("--version", "Kelpin 6.80");
   try {
     cli.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     const int code = cli.exit(error);
-    return code == 0 ? 0 : kExitUsage;
+    if (code == 0) {
+      return PrintedAll() ? 0 : kExitFailure;
+    }
+    return kExitUsage;
   }
   if (!HasDisplay()) {
     std::cerr << "kelpin: no display; start it in a graphical session, or with xvfb-run\n";

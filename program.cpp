@@ -1,7 +1,10 @@
 #include "program.h"
 
+#include <cstdint>
+
 #include "app/commands.h"
 #include "app/delete_entries.h"
+#include "app/extended_fields.h"
 #include "app/list_commands.h"
 #include "app/list_loader.h"
 #include "app/watchers.h"
@@ -15,7 +18,10 @@ namespace {
 void FillCommands(app::AppState& state, app::Commands& commands, app::ListLoader& loader) {
   commands.Register(res::kCommandSelectAll, [&state] { app::SelectAllRows(state); });
   commands.Register(res::kCommandRefresh, [&loader] { loader.Refresh(); });
-  app::RegisterDelete(state, commands, loader, nullptr);
+  app::RegisterDelete(state, commands, loader,
+                      [&state](std::uint32_t index, app::ExtendedField field) {
+                        app::ClearExtendedField(state, index, field);
+                      });
   commands.Register(res::kCommandCopyNumber, [&state] { app::CopyNumbers(state); });
 }
 
@@ -26,6 +32,7 @@ int RunProgram(const app::Ports& ports, const ProgramHooks& hooks,
   app::Wiring wiring;
   wiring.listLoaded = hooks.listLoaded;
   wiring.fillCommands = FillCommands;
+  wiring.loadLayout = app::LoadExtendedLayout;
   wiring.startWatchers = [](app::AppState& state, app::Commands& commands, app::ListLoader&) {
     app::StartWatchers(state, commands);
   };

@@ -196,7 +196,11 @@ TEST_P(CardWriteFault, EveryCommandOfTheChangeMayFail) {
   EXPECT_GE(std::count(sent.begin(), sent.end(), kUpdateRecord), 1);
   for (std::uint32_t command = 1; command <= sent.size() && !HasFailure(); ++command) {
     for (const Fault fault : kFaults) {
-      if (IsAfter(fault) && sent[command - 1] != kUpdateRecord) continue;
+      const bool update = sent[command - 1] == kUpdateRecord;
+      if (IsAfter(fault) && !update) continue;
+      // The many reads of a cold start fail one like another.
+      if (change.cold && !update && fault != Fault::kRefused && fault != Fault::kCutBefore)
+        continue;
       SCOPED_TRACE("command " + std::to_string(command) + ", fault " +
                    std::to_string(static_cast<int>(fault)));
       RunOnce(change, image, before, command, fault);

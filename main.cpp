@@ -1,6 +1,9 @@
 // Picks a device from the command line and starts the program on it. The only file that names the
 // adapters.
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <QFile>
 #include <QString>
@@ -342,10 +345,26 @@ int Start(const Options& options, int& argc, char** argv, SteadyTime start) {
   return saved && !failed ? code : kExitFailure;
 }
 
+// A standard stream that is closed would be the next file that is opened, the card perhaps, and all
+// that is printed would go there. What is put in its place refuses what a stream is for.
+bool HoldStandardStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    // The lowest number that is free is the one that is given.
+    if (fcntl(stream, F_GETFD) < 0 &&
+        open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY) != stream) {
+      return false;
+    }
+  }
+  return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   const SteadyTime start = std::chrono::steady_clock::now();
+  if (!HoldStandardStreams()) {
+    return kExitFailure;
+  }
   Options options;
   CLI::App cli{"Kelpin, the phone-book manager for SIM and USIM cards", "kelpin"};
   cli.add_option("--sim", options.sim, SimHelp())->check(CheckSim)->type_name("CARD");

@@ -10,7 +10,6 @@
 #include <cstring>
 #include <system_error>
 #include <utility>
-#include <vector>
 
 #include "device/softcard/image_reader.h"
 #include "device/softcard/image_writer.h"
@@ -104,7 +103,8 @@ ImageStore::~ImageStore() {
 bool ImageStore::TakeLock(const std::string& path, int& lock, std::string& error) {
   const std::string name = LockPath(path);
   for (;;) {
-    Descriptor file(open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    Descriptor file(
+        open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
     if (!file.Good()) {
       if (errno == EACCES || errno == EROFS || errno == EPERM) {
         lock = -1;
@@ -194,10 +194,12 @@ bool ImageStore::Save(const CardImage& image, std::string& error) {
   }
   struct stat old = {};
   const mode_t mode = stat(path_.c_str(), &old) == 0 ? old.st_mode & 07777 : 0600;
-  const std::string pattern = Folder(path_) + "." + path_.substr(Folder(path_).size()) + ".XXXXXX";
-  std::vector<char> name(pattern.begin(), pattern.end());
-  name.push_back('\0');
-  Descriptor file(mkostemp(name.data(), O_CLOEXEC));
+  // One that a killed program left behind is nobody's: who saves has the lock.
+  const std::string name = Folder(path_) + "." + path_.substr(Folder(path_).size()) + ".new";
+  if (unlink(name.c_str()) != 0 && errno != ENOENT) {
+    return fail(errno);
+  }
+  Descriptor file(open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
   if (!file.Good()) {
     return fail(errno);
   }
@@ -205,10 +207,10 @@ bool ImageStore::Save(const CardImage& image, std::string& error) {
   const bool written = fchmod(file.Number(), mode) == 0 &&
                        WriteAll(file.Number(), WriteImage(image)) && fsync(file.Number()) == 0 &&
                        fstat(file.Number(), &status) == 0 && file.Close() &&
-                       rename(name.data(), path_.c_str()) == 0;
+                       rename(name.c_str(), path_.c_str()) == 0;
   if (!written) {
     const int number = errno;
-    unlink(name.data());
+    unlink(name.c_str());
     return fail(number);
   }
   stamp_ = StampOf(status);

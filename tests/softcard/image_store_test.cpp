@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <filesystem>
 #include <string>
 
 #include "tests/softcard/card_fixture.h"
@@ -48,6 +49,20 @@ TEST_F(ImageStoreTest, WhatWasSavedIsThereAndNothingElse) {
   EXPECT_EQ(again.note, "changed");
   store.reset();
   EXPECT_EQ(folder_.Count(), 1);  // no lock and no half-written file is left
+}
+
+TEST_F(ImageStoreTest, WhatAKilledProgramLeftHalfWrittenGoesWithTheNextSave) {
+  folder_.Write("." + std::filesystem::path(path_).filename().string() + ".new", "{ \"form");
+  auto store = ImageStore::Open(path_, error_);
+  ASSERT_TRUE(store) << error_;
+  ASSERT_TRUE(store->Load(image_, error_)) << error_;
+  image_.note = "changed";
+  ASSERT_TRUE(store->Save(image_, error_)) << error_;
+  CardImage again;
+  ASSERT_TRUE(store->Load(again, error_)) << error_;
+  EXPECT_EQ(again.note, "changed");
+  store.reset();
+  EXPECT_EQ(folder_.Count(), 1);
 }
 
 TEST_F(ImageStoreTest, TheModeOfTheFileStays) {

@@ -153,6 +153,8 @@ TEST_F(MainDialogListTest, DownOnTheLastRowGoesToTheFirst) {
   EXPECT_TRUE(Dialog().KeyDown(kDown));
   EXPECT_EQ(Selection(), Only(0));
   EXPECT_EQ(List().TakeEnsureVisible(), 0);
+  Dialog().KeyDown({ui::Key::kDown, ui::kShift});  // extends from where it went
+  EXPECT_EQ(Selection(), (std::pair<std::vector<int>, int>{{0, 1}, 1}));
 }
 
 TEST_F(MainDialogListTest, UpOnTheFirstRowGoesToTheLast) {

@@ -1,5 +1,6 @@
 #include "app/main_dialog.h"
 
+#include "res/templates.h"
 #include "tests/app/app_fixture.h"
 
 namespace kelpin::app {
@@ -32,6 +33,16 @@ TEST_F(MainDialogTest, TheWindowStandsBeforeTheCardIsOpened) {
   };
   ASSERT_EQ(Start(), 1);
   EXPECT_TRUE(looked);
+}
+
+TEST_F(MainDialogTest, TheTitleIsLoadedAgainWhenItOpens) {
+  Make();
+  state->appTitle = u"as it was";
+  const auto dialog =
+      device.screen.CreateDialog(*res::FindDialog(res::kDialogMain), 0, *mainDialog);
+  ASSERT_NE(dialog, nullptr);
+  EXPECT_EQ(dialog->Title(), u"Kelpin");
+  EXPECT_EQ(state->appTitle, u"Kelpin");
 }
 
 TEST_F(MainDialogTest, TheListHasThreeColumnsInTheirOrder) {

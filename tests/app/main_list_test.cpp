@@ -70,7 +70,9 @@ TEST_F(MainListTest, AReplacedRowHasANewBlockAndNewTexts) {
   InsertListRow(*state, 7, u"123", u"Anna");
   InsertListRow(*state, 8, u"456", u"Bert");
   std::weak_ptr<const ui::RowData> old = List().ItemData(1);
+  const std::uint64_t repaints = device.screen.Repaints();
   EXPECT_EQ(ReplaceListRow(*state, 1, 7, u"Annette", u"124"), 1);
+  EXPECT_GT(device.screen.Repaints(), repaints);
   EXPECT_TRUE(old.expired());
   EXPECT_EQ(RowText(1), u"7|Annette|124");
   std::uint32_t index = 0;

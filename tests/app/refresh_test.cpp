@@ -52,6 +52,15 @@ TEST_F(RefreshTest, ARefreshWithoutAThreadSaysThatNothingWasRead) {
   EXPECT_EQ(Rows(), Texts{u"1|Anna|1"});
 }
 
+TEST_F(RefreshTest, AListThatWasNotReadWholeShowsNoOrder) {
+  device.sim.SetEntry(1, u"Anna", u"1");
+  Open();
+  ASSERT_EQ(List().SortArrowColumn(), 1);
+  device.sim.SetResult("SimGetDevCaps", SimResult::kSimFailure);
+  Refresh();
+  EXPECT_EQ(List().SortArrowColumn(), -1);
+}
+
 TEST_F(RefreshTest, LoadsThatWaitBecomeOne) {
   device.sim.SetEntry(1, u"Anna", u"1");
   Open();

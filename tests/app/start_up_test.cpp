@@ -1,5 +1,7 @@
 #include "app/start_up.h"
 
+#include <cstring>
+
 #include "tests/app/app_fixture.h"
 
 namespace kelpin::app {
@@ -315,6 +317,10 @@ TEST_F(StartUpTest, TheAnchorIsVisibleAndNamedAndItsHandleIsStored) {
       device.registry.Flushed(RegistryRoot::kLocalMachine, kStateKey, u"KELPIN_HW");
   ASSERT_TRUE(flushed.has_value());
   EXPECT_EQ(flushed->type, platform::RegistryType::kDword);
+  std::uint32_t handle = 0;
+  ASSERT_EQ(flushed->data.size(), sizeof(handle));
+  std::memcpy(&handle, flushed->data.data(), sizeof(handle));
+  EXPECT_EQ(handle, anchor.handle);
   EXPECT_EQ(device.registry.OpenHandles(), 0u);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <cstring>
@@ -75,7 +76,7 @@ class RadioClient {
     command.record = record;
     if (operation != platform::kRilSimGetResponse) command.mode = platform::kRilSimAbsoluteMode;
     command.length = command.dataLength = static_cast<std::uint32_t>(data.size());
-    std::memcpy(command.data, data.data(), data.size());
+    std::copy(data.begin(), data.end(), command.data);
     return Await(radio_.RIL_DevSpecific(handle_, &command, sizeof(command)));
   }
   Result Restricted(std::uint32_t command, std::uint32_t fileId, std::uint32_t record = 0,
@@ -95,7 +96,9 @@ class RadioClient {
   template <typename Record>
   static std::vector<Record> Records(const Result& result) {
     std::vector<Record> records(result.data.size() / sizeof(Record));
-    std::memcpy(records.data(), result.data.data(), records.size() * sizeof(Record));
+    if (!records.empty()) {
+      std::memcpy(records.data(), result.data.data(), records.size() * sizeof(Record));
+    }
     return records;
   }
   // The bytes behind the response header.

@@ -1,0 +1,182 @@
+// The card comes, goes and is changed by others.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <thread>
+
+#include "device/card/sim_service.h"
+#include "tests/card/radio_client.h"
+#include "tests/card/sim_client.h"
+#include "tests/card/soft_card.h"
+
+namespace kelpin::device::card {
+namespace {
+
+using platform::SimResult;
+
+TEST(SimServiceEvents, ACardPutBackIsReadAgainAndRadioSessionsAreTold) {
+  SoftCard card("usim");
+  SimService service(card.Channel());
+  SimClient sim(service);
+  RadioClient radio(service);
+  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
+  card.Channel().Remove();
+  EXPECT_EQ(sim.Text(1), u"!88000207");
+  EXPECT_EQ(radio.ReadEntries(1, 10).code, platform::kRilResultError);
+  card.Channel().Insert();
+  const auto notices = radio.Notices(3);
+  ASSERT_EQ(notices.size(), 3U);
+  EXPECT_EQ(notices[0].code, platform::kRilNotifyEquipmentState);
+  EXPECT_EQ(notices[1].code, platform::kRilNotifyPhonebookRewritten);
+  EXPECT_EQ(notices[2].code, platform::kRilNotifyEquipmentState);
+  platform::RilEquipmentState state;
+  ASSERT_EQ(notices[0].data.size(), sizeof(state));
+  std::memcpy(&state, notices[0].data.data(), sizeof(state));
+  EXPECT_EQ(state.readyState, 0U);
+  std::memcpy(&state, notices[2].data.data(), sizeof(state));
+  EXPECT_EQ(state.readyState, platform::kRilReadyPhonebook);
+  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
+  EXPECT_EQ(sim.Write(1, u"Same card", u"1"), SimResult::kOk);
+}
+
+TEST(SimServiceEvents, ACardResetBehindUsAnswersAllTheSame) {
+  SoftCard card("usim");
+  SimService service(card.Channel());
+  SimClient sim(service);
+  RadioClient radio(service);
+  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
+  ASSERT_TRUE(card.Channel().Reset());
+  EXPECT_EQ(sim.Text(2), u"Ay\u015Fe G\u00FCne\u015F|+442079460000");
+  const auto notices = radio.Notices(2);
+  ASSERT_GE(notices.size(), 2U);
+  EXPECT_EQ(notices[0].code, platform::kRilNotifyPhonebookRewritten);
+  ASSERT_TRUE(card.Channel().Reset());
+  EXPECT_EQ(sim.Write(1, u"After reset", u"1"), SimResult::kOk);
+  EXPECT_EQ(sim.Text(1), u"After reset|1");
+}
+
+TEST(SimServiceEvents, AnotherCardIsNotWrittenUntilItWasListed) {
+  SoftCard card("usim");
+  SoftCard another("usim-full");
+  SimService service(card.Channel());
+  SimClient sim(service);
+  RadioClient radio(service);
+  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
+  {
+    // The slot takes the other image; its own channel lets go of it first.
+    const std::string file = card.File() + ".other";
+    std::filesystem::copy_file(another.File(), file);
+    std::string error;
+    ASSERT_TRUE(card.Channel().Insert(file, error)) << error;
+  }
+  EXPECT_EQ(sim.Write(1, u"Old list", u"1"), SimResult::kWrongSim);
+  EXPECT_EQ(sim.Delete(1), SimResult::kWrongSim);
+  EXPECT_EQ(sim.Text(1), u"Notruf|112");
+  ASSERT_EQ(radio.ReadEntries(1, 10).code, platform::kRilResultOk);
+  EXPECT_EQ(sim.Write(1, u"New list", u"1"), SimResult::kOk);
+  EXPECT_EQ(sim.Text(1), u"New list|1");
+}
+
+TEST(SimServiceEvents, ACardTakenOutInTheMiddleOfAListEndsItWithAnError) {
+  SoftCard card("usim", [](nlohmann::json& image) { image["delayMs"] = 5; });
+  SimService service(card.Channel());
+  RadioClient radio(service);
+  const std::int32_t id = service.RIL_ReadPhonebookEntries(radio.Handle(), 1, 500);
+  ASSERT_GT(id, 0);
+  while (card.Channel().CommandCount() < 60) std::this_thread::yield();
+  card.Channel().Remove();
+  EXPECT_EQ(radio.Await(id).code, platform::kRilResultError);
+  card.Channel().Insert();
+  EXPECT_EQ(radio.ReadEntries(1, 10).code, platform::kRilResultOk);
+}
+
+TEST(SimServiceEvents, ACardResetInTheMiddleOfAListIsReadToTheEnd) {
+  SoftCard card("usim", [](nlohmann::json& image) { image["delayMs"] = 2; });
+  SimService service(card.Channel());
+  RadioClient radio(service);
+  const std::int32_t id = service.RIL_ReadPhonebookEntries(radio.Handle(), 1, 500);
+  ASSERT_GT(id, 0);
+  while (card.Channel().CommandCount() < 60) std::this_thread::yield();
+  while (!card.Channel().Reset()) std::this_thread::yield();  // not within a transaction
+  const auto result = radio.Await(id);
+  ASSERT_EQ(result.code, platform::kRilResultOk);
+  EXPECT_EQ(RadioClient::Records<platform::RilPhonebookEntry>(result).size(), 180U);
+}
+
+// A channel of which another program is known to have touched the card.
+class SharedChannel final : public CardChannel {
+ public:
+  explicit SharedChannel(CardChannel& channel) : channel_(channel) {}
+  void Touch() { listener_->CardTouched(); }
+
+  TransportError Connect(std::vector<std::uint8_t>& atr) override { return channel_.Connect(atr); }
+  void Disconnect() override { channel_.Disconnect(); }
+  TransportError Transmit(std::span<const std::uint8_t> command,
+                          std::vector<std::uint8_t>& response) override {
+    return channel_.Transmit(command, response);
+  }
+  TransportError BeginTransaction() override { return channel_.BeginTransaction(); }
+  void EndTransaction() override { channel_.EndTransaction(); }
+  bool OthersMaySelect() const override { return true; }
+  void SetListener(CardChannelListener* listener) override { listener_ = listener; }
+  std::string Description() const override { return channel_.Description(); }
+
+ private:
+  CardChannel& channel_;
+  CardChannelListener* listener_ = nullptr;
+};
+
+TEST(SimServiceEvents, WhatAnotherProgramChangedIsReadFromTheCardAndToldOf) {
+  SoftCard card("usim");
+  SharedChannel channel(card.Channel());
+  SimService service(channel);
+  SimClient sim(service);
+  RadioClient radio(service);
+  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
+  // The other program selects the file on the same channel and writes over the record.
+  std::vector<std::uint8_t> response;
+  ASSERT_EQ(card.Channel().Transmit(Hex("00A40804067F105F3A4F3A"), response),
+            TransportError::kNone);
+  ASSERT_EQ(
+      card.Channel().Transmit(
+          Hex("00DC010426 58" + std::string(46, 'F') + "028121FFFFFFFFFFFFFFFFFFFFFF"), response),
+      TransportError::kNone);
+  ASSERT_EQ(ToHex(response), "9000");
+  channel.Touch();
+  EXPECT_EQ(sim.Text(1), u"X|12");
+  const auto notices = radio.Notices(2);
+  ASSERT_EQ(notices.size(), 2U);
+  EXPECT_EQ(notices[0].code, platform::kRilNotifyPhonebookRewritten);
+  EXPECT_EQ(notices[1].code, platform::kRilNotifyEquipmentState);
+  EXPECT_EQ(ToHex(radio.Ask(platform::kRilDevPhonebookChanged).data), "01000000");
+}
+
+TEST(SimServiceEvents, AnotherCardThatIsListedAtOnceMayBeWritten) {
+  SoftCard card("usim");
+  SoftCard another("usim-full");
+  SimService service(card.Channel());
+  SimClient sim(service);
+  RadioClient radio(service);
+  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
+  const std::string file = card.File() + ".other";
+  std::filesystem::copy_file(another.File(), file);
+  std::string error;
+  ASSERT_TRUE(card.Channel().Insert(file, error)) << error;
+  ASSERT_EQ(radio.ReadEntries(1, 10).code, platform::kRilResultOk);
+  EXPECT_EQ(sim.Write(1, u"New list", u"1"), SimResult::kOk);
+}
+
+TEST(SimServiceEvents, AnEmptySlotIsNoCard) {
+  SoftCard card("usim");
+  card.Channel().Remove();
+  SimService service(card.Channel());
+  SimClient sim(service);
+  EXPECT_EQ(sim.Opened(), SimResult::kOk);
+  std::uint32_t used = 0;
+  std::uint32_t total = 0;
+  EXPECT_EQ(sim.Status(used, total), SimResult::kNotInserted);
+}
+
+}  // namespace
+}  // namespace kelpin::device::card

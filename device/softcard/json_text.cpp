@@ -45,10 +45,14 @@ class Watcher {
   std::string reason_;
 };
 
-// The library's own text without its tag: "parse error at line 3, column 5: …".
-std::string WithoutTag(std::string text) {
-  const std::size_t end = text.find("] ");
-  return end == std::string::npos ? text : text.substr(end + 2);
+// "parse error at line 3, column 5" and what that means to the user. The rest of what the library
+// says repeats the file, which may hold anything.
+std::string Place(const std::string& text) {
+  const std::size_t start = text.find("parse error at ");
+  const std::size_t end = text.find(": ", start);
+  return start == std::string::npos || end == std::string::npos
+             ? "a number in it is too large"
+             : text.substr(start, end - start) + ": no card image, or one that is damaged";
 }
 
 }  // namespace
@@ -61,7 +65,7 @@ bool ParseJson(std::string_view text, nlohmann::json& json, std::string& error) 
           return watcher(depth, event, parsed);
         });
   } catch (const nlohmann::json::exception& e) {
-    error = WithoutTag(e.what());
+    error = Place(e.what());
     return false;
   }
   if (!watcher.Reason().empty()) {

@@ -352,7 +352,8 @@ QPoint DialogWindow::PopupPlace(ui::Point point) const {
   if (auto* table = qobject_cast<ListTable*>(at)) {
     ui::ListView* list = dialog_->List(dialog_->Focus());
     const int row = list == nullptr ? -1 : list->FocusedItem();
-    const int y = row < 0 ? 0 : table->rowViewportPosition(row) + table->rowHeight(row) / 2;
+    const int middle = row < 0 ? 0 : table->rowViewportPosition(row) + table->rowHeight(row) / 2;
+    const int y = std::clamp(middle, 0, std::max(0, table->viewport()->height() - 1));
     return table->viewport()->mapToGlobal(QPoint(Scaled(48), y));
   }
   return at == nullptr ? mapToGlobal(rect().center()) : at->mapToGlobal(QPoint(8, at->height()));

@@ -63,6 +63,7 @@ ListTable::ListTable(ui::ListView& list, DialogEvents& events, QWidget* parent)
   verticalHeader()->setDefaultSectionSize(RowHeight());
   header_->setStretchLastSection(false);
   SetUpScroller(viewport());
+  heard_ = QAccessible::isActive();
   QAccessible::installActivationObserver(this);
 
   connect(header_, &QHeaderView::sectionClicked, this,
@@ -88,7 +89,11 @@ ListTable::~ListTable() {
 }
 
 void ListTable::Sync() {
-  if (model_->Sync()) {
+  // Rows that go take their part of Qt's selection along, which is nobody's choice.
+  mirroring_ = true;
+  const bool changed = model_->Sync();
+  mirroring_ = false;
+  if (changed) {
     widest_ = 0;
     header_->setSectionsMovable((list_.ExtendedStyle() & ui::kListHeaderDragDrop) != 0);
     LayOutColumns();
@@ -318,7 +323,7 @@ void ListTable::changeEvent(QEvent* event) {
 
 // Screen readers ask Qt's selection model; nobody else does.
 void ListTable::MirrorSelection() {
-  if (!QAccessible::isActive()) {
+  if (!heard_) {
     return;
   }
   mirroring_ = true;
@@ -347,9 +352,8 @@ void ListTable::MirrorSelection() {
 
 // A screen reader may come when the list has been there for long.
 void ListTable::accessibilityActiveChanged(bool active) {
-  if (active) {
-    MirrorSelection();
-  }
+  heard_ = active;
+  MirrorSelection();
 }
 
 void ListTable::TakeSelection() {

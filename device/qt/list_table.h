@@ -60,6 +60,7 @@ class ListTable : public QTableView, private QAccessible::ActivationObserver {
   int widest_ = 0;  // of the last column's texts seen so far
   bool layingOut_ = false;
   bool mirroring_ = false;
+  bool heard_ = false;     // by a screen reader
   bool keyboard_ = false;  // the last thing the user did was a key: the focused row is ringed
 };
 

@@ -347,6 +347,37 @@ TEST_F(ListOnScreen, ManyChangesCostFewDrawings) {
   table_->viewport()->removeEventFilter(&counter);
 }
 
+TEST_F(ListOnScreen, AScreenReaderThatComesLateFindsTheSelection) {
+  Open();
+  list_->SetItemState(1, ui::kItemSelected, ui::kItemSelected);
+  Settle();
+  QAccessible::setActive(true);
+  EXPECT_TRUE(table_->selectionModel()->isRowSelected(1));
+  EXPECT_FALSE(table_->selectionModel()->isRowSelected(0));
+  QAccessible::setActive(false);
+}
+
+TEST_F(ListOnScreen, RowsThatAreReadAgainAreSelectedByNobodyElse) {
+  Open();
+  QAccessible::setActive(true);
+  list_->SetItemState(-1, ui::kItemSelected, ui::kItemSelected);
+  Settle();
+  EXPECT_TRUE(table_->selectionModel()->isRowSelected(2));
+  list_->DeleteAllItems();
+  FillList(*list_, {{1, u"Anna", u"111"}, {2, u"Bert", u"222"}});
+  list_->SetItemState(-1, 0, ui::kItemSelected);
+  list_->SetItemState(0, ui::kItemSelected, ui::kItemSelected);
+  Settle();
+  EXPECT_EQ(list_->SelectedCount(), 1);
+  EXPECT_TRUE(table_->selectionModel()->isRowSelected(0));
+  EXPECT_FALSE(table_->selectionModel()->isRowSelected(1));
+  // A reader's own choice is the list's.
+  table_->selectionModel()->select(table_->model()->index(1, 0),
+                                   QItemSelectionModel::Select | QItemSelectionModel::Rows);
+  EXPECT_EQ(list_->SelectedCount(), 2);
+  QAccessible::setActive(false);
+}
+
 TEST_F(ListOnScreen, AResizeMovesTheListBeforeTheProgramDoes) {
   handler_.init = [](ui::Dialog&) {};
   Open();

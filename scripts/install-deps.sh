@@ -8,7 +8,7 @@ build="g++ cmake ninja-build ccache qt6-base-dev libqt6svg6-dev libgl-dev nlohma
   libbenchmark-dev xdg-utils"
 headless="xvfb xauth"
 test="clang clang-format-14 libclang-rt-14-dev llvm-14 libgtest-dev libgmock-dev libbenchmark-dev
-  python3 dbus fonts-droid-fallback"
+  python3 dbus at-spi2-core python3-pyatspi fonts-droid-fallback"
 
 want="$build"
 case "${1:-run}" in

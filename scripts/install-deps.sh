@@ -3,7 +3,7 @@
 # it is there.
 set -eu
 
-build="g++ cmake ninja-build ccache qt6-base-dev libqt6svg6-dev libgl-dev nlohmann-json3-dev
+build="g++ cmake ninja-build ccache qt6-base-dev qt6-svg-dev libgl-dev nlohmann-json3-dev
   libcli11-dev libspdlog-dev python3-minimal fonts-dejavu-core libgtest-dev libgmock-dev
   libbenchmark-dev xdg-utils"
 headless="xvfb xauth"

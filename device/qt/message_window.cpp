@@ -116,8 +116,8 @@ MessageWindow::MessageWindow(std::u16string_view text, std::u16string_view capti
   buttons->setContentsMargins(0, 0, 0, 0);
   buttons->setSpacing(10);
   if (style.buttons == ui::BoxButtons::kYesNo) {
-    AddButton(row, QStringLiteral("Yes"), ui::BoxAnswer::kYes, true);
-    AddButton(row, QStringLiteral("No"), ui::BoxAnswer::kNo, false);
+    AddButton(row, QStringLiteral("Yes"), ui::BoxAnswer::kYes, false);
+    AddButton(row, QStringLiteral("No"), ui::BoxAnswer::kNo, true);
   } else {
     AddButton(row, QStringLiteral("OK"), ui::BoxAnswer::kOk, true);
   }

@@ -11,7 +11,8 @@ QT_END_NAMESPACE
 
 namespace kelpin::qt {
 
-// A message box. Escape and the close box give the answer that changes nothing.
+// A message box. Escape, the close box and an Enter that nobody thought about give the answer that
+// changes nothing.
 class MessageWindow : public QDialog {
   Q_OBJECT
 

@@ -202,6 +202,16 @@ TEST_F(Windows, ABoxShowsItsWordsAsTheyStandAndLargeButtons) {
             ui::BoxAnswer::kOk);
 }
 
+TEST_F(Windows, EnterAnswersNoToAQuestion) {
+  QTimer::singleShot(20, [] {
+    qt::MessageWindow* box = OpenBox();
+    ASSERT_NE(box, nullptr);
+    QTest::keyClick(box, Qt::Key_Return);
+  });
+  EXPECT_EQ(screen_->MessageBox(0, u"Delete all?", u"Warning", ui::kBoxQuestion),
+            ui::BoxAnswer::kNo);
+}
+
 TEST_F(Windows, ALongTextInABoxIsReadWhole) {
   std::u16string words;
   for (int i = 0; i < 40; ++i) {

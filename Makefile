@@ -15,7 +15,7 @@ all:
 run:
 	scripts/install-deps.sh run
 	cmake -S . -B build -G Ninja
-	cmake --build build --parallel $(JOBS) --target kelpin
+	cmake --build build --parallel $(JOBS) --target kelpin kelpin-event
 	scripts/run.sh
 
 test:

@@ -289,7 +289,10 @@ qt::QtScreen::BoxListener PrintBoxes(std::atomic<bool>& failed) {
   };
 }
 
-int Start(const Options& options, int& argc, char** argv, SteadyTime start) {
+int Start(const Options& options, char* programName, SteadyTime start) {
+  // The options are ours alone: some of them mean something else to the toolkit.
+  int argc = 1;
+  char* argv[] = {programName, nullptr};
   const desktop::Folders folders = desktop::FindFolders();
   const bool picture = !options.screenshot.empty();
   desktop::StartTurn turn;
@@ -395,5 +398,5 @@ int main(int argc, char** argv) {
     std::cerr << "kelpin: no display; start it in a graphical session, or with xvfb-run\n";
     return kExitFailure;
   }
-  return Start(options, argc, argv, start);
+  return Start(options, argv[0], start);
 }

@@ -1,0 +1,141 @@
+#include "app/extended_fields.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "app/app_state.h"
+#include "device/card/card_devices.h"
+#include "device/card/sim_service.h"
+#include "sim/ril_ext_phonebook.h"
+#include "tests/card/soft_card.h"
+#include "tests/support/fake_clock.h"
+#include "tests/support/fake_kernel.h"
+#include "tests/support/fake_log.h"
+#include "tests/support/fake_programs.h"
+#include "tests/support/fake_registry.h"
+#include "tests/support/fake_shell.h"
+#include "tests/support/headless_screen.h"
+
+// What a deletion clears beside name and number, on the sample card with every kind of file.
+namespace kelpin::app {
+namespace {
+
+using sim::FieldSlot;
+
+constexpr std::uint32_t kEntry = 12;
+constexpr std::uint32_t kNeighbour = 9;
+
+class ExtendedFieldsTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    state.settings.Enable_SNE = 1;
+    ASSERT_TRUE(state.extPhonebook.Open(0));
+    LoadExtendedLayout(state);
+    ASSERT_TRUE(state.extPhonebook.Loaded());
+    for (const std::uint32_t index : {kEntry, kNeighbour}) {
+      Write(FieldSlot::kEmail, index, u"ana@example.org");
+      Write(FieldSlot::kNickname, index, u"Ana");
+      WriteNumber(FieldSlot::kSecondNumber, index, u"+4930231251231234567890123");
+      WriteNumber(FieldSlot::kThirdNumber, index, u"112");
+    }
+  }
+
+  // The record that holds the field now, as an editor finds it before it writes.
+  std::uint32_t Existing(FieldSlot slot, std::uint32_t index) {
+    std::uint32_t existing = sim::kNoRecord;
+    sim::NumberField number;
+    std::u16string text;
+    const bool isNumber = slot == FieldSlot::kSecondNumber || slot == FieldSlot::kThirdNumber;
+    static_cast<void>(isNumber
+                          ? state.extPhonebook.ReadNumberField(slot, index, existing, number)
+                          : state.extPhonebook.ReadTextField(slot, index, false, existing, text));
+    return existing;
+  }
+  void Write(FieldSlot slot, std::uint32_t index, const std::u16string& text) {
+    std::uint32_t existing = Existing(slot, index);
+    ASSERT_EQ(state.extPhonebook.WriteTextField(slot, index, text, existing), sim::kFieldWritten);
+  }
+  void WriteNumber(FieldSlot slot, std::uint32_t index, const std::u16string& number) {
+    std::uint32_t existing = Existing(slot, index);
+    ASSERT_EQ(state.extPhonebook.WriteNumberField(slot, index, {number, 0}, false, existing),
+              sim::kFieldWritten);
+  }
+  std::u16string Text(FieldSlot slot, std::uint32_t index) {
+    std::uint32_t existing = sim::kNoRecord;
+    std::u16string text;
+    static_cast<void>(state.extPhonebook.ReadTextField(slot, index, false, existing, text));
+    return text;
+  }
+  std::u16string Number(FieldSlot slot, std::uint32_t index) {
+    std::uint32_t existing = sim::kNoRecord;
+    sim::NumberField field;
+    static_cast<void>(state.extPhonebook.ReadNumberField(slot, index, existing, field));
+    return field.number;
+  }
+  void ClearAll(std::uint32_t index) {
+    for (const ExtendedField field :
+         {ExtendedField::kNumber2, ExtendedField::kNumber3, ExtendedField::kEmail,
+          ExtendedField::kNickname, ExtendedField::kGroup}) {
+      ClearExtendedField(state, index, field);
+    }
+  }
+  void ExpectKept(std::uint32_t index) {
+    EXPECT_EQ(Text(FieldSlot::kEmail, index), u"ana@example.org");
+    EXPECT_EQ(Text(FieldSlot::kNickname, index), u"Ana");
+    EXPECT_EQ(Number(FieldSlot::kSecondNumber, index), u"+4930231251231234567890123");
+    EXPECT_EQ(Number(FieldSlot::kThirdNumber, index), u"112");
+  }
+
+  device::card::SoftCard card{"usim"};
+  device::card::SimService service{card.Channel()};
+  device::card::CardDevices devices;
+  test::Journal journal;
+  test::FailPlan failures;
+  test::FakeClock clock{journal};
+  test::HeadlessScreen screen{journal, failures};
+  test::FakeRegistry registry{journal, failures};
+  test::FakeShell shell{journal, failures};
+  test::FakePrograms programs{journal, failures};
+  test::FakeLog log;
+  test::FakeKernel kernel{journal, failures, &clock};
+  Ports ports{service, service, devices, registry, kernel, shell, programs, clock, log, screen};
+  AppState state{ports};
+};
+
+TEST_F(ExtendedFieldsTest, ClearingAnEntryLeavesNothingForTheNextAtItsPlace) {
+  ExpectKept(kEntry);
+  ClearAll(kEntry);
+  LoadExtendedLayout(state);
+  EXPECT_EQ(Text(FieldSlot::kEmail, kEntry), u"");
+  EXPECT_EQ(Text(FieldSlot::kNickname, kEntry), u"");
+  EXPECT_EQ(Number(FieldSlot::kSecondNumber, kEntry), u"");
+  EXPECT_EQ(Number(FieldSlot::kThirdNumber, kEntry), u"");
+  ExpectKept(kNeighbour);
+}
+
+TEST_F(ExtendedFieldsTest, ClearingTwiceChangesNoOtherEntry) {
+  ClearAll(kEntry);
+  ClearAll(kEntry);
+  LoadExtendedLayout(state);
+  ExpectKept(kNeighbour);
+}
+
+TEST_F(ExtendedFieldsTest, ALocationBeyondTheFourthSetIsLeftAlone) {
+  const auto before = card.Channel().CommandCount();
+  ClearAll(1001);
+  EXPECT_EQ(card.Channel().CommandCount(), before);
+  ExpectKept(kEntry);
+}
+
+TEST_F(ExtendedFieldsTest, ACardThatIsGoneIsNotToldOf) {
+  card.Channel().Remove();
+  ClearAll(kEntry);
+  card.Channel().Insert();
+  LoadExtendedLayout(state);
+  ExpectKept(kEntry);
+  ExpectKept(kNeighbour);
+}
+
+}  // namespace
+}  // namespace kelpin::app

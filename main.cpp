@@ -28,6 +28,7 @@
 #include "device/card/card_devices.h"
 #include "device/card/sim_service.h"
 #include "device/desktop/desktop_programs.h"
+#include "device/desktop/desktop_telephone.h"
 #include "device/desktop/run_folder.h"
 #include "device/desktop/spdlog_log.h"
 #include "device/desktop/steady_clock.h"
@@ -119,6 +120,28 @@ bool WriteSampleCard(const char* name, const fs::path& file, std::string& why) {
   }
   return desktop::MakeWholeFile(file, sample.readAll().toStdString(), why);
 }
+
+// A device without a contacts store.
+class NoContacts final : public platform::ContactsStore {
+ public:
+  platform::ComResult CoInitializeEx(std::uint32_t /*flags*/) override {
+    return platform::ComResult::kFail;
+  }
+  void CoUninitialize() override {}
+  platform::ComResult CoCreateInstance(std::string_view /*classId*/, std::uint32_t /*context*/,
+                                       std::string_view /*interfaceId*/,
+                                       std::shared_ptr<platform::IPOutlookApp>& app) override {
+    app = nullptr;
+    return platform::ComResult::kFail;
+  }
+  platform::ComResult FindMatchingContact(platform::IPOutlookApp& /*app*/,
+                                          std::u16string_view /*name*/, std::uint32_t /*flags*/,
+                                          std::shared_ptr<platform::IItem>& item,
+                                          std::int32_t& /*index*/) override {
+    item = nullptr;
+    return platform::ComResult::kFail;
+  }
+};
 
 // What the program needs of the device, but for the screen.
 struct Device {
@@ -331,6 +354,8 @@ int Start(const Options& options, char* programName, SteadyTime start) {
   card::CardDevices devices;
   qt::QtShell shell(options.platform == "smartphone" ? u"Smartphone" : u"PocketPC");
   desktop::DesktopPrograms programs(desktop::DataFolders(desktop::ProgramFolder()));
+  desktop::DesktopTelephone telephone;
+  NoContacts contacts;
   desktop::SteadyClock clock;
 
   bool saved = !picture;
@@ -340,8 +365,9 @@ int Start(const Options& options, char* programName, SteadyTime start) {
       screen.PostToScreen([&] { Report(screen, state, options.screenshot, start, saved); });
     };
   }
-  const app::Ports ports{card,  card, devices, *device.registry, *device.kernel, shell, programs,
-                         clock, *log, screen};
+  const app::Ports ports{card,           card,  devices,  *device.registry,
+                         *device.kernel, shell, programs, telephone,
+                         contacts,       clock, *log,     screen};
   // Served when the program's window can be found.
   screen.PostToScreen([&turn] { turn.Release(); });
   const int code = RunProgram(ports, hooks);

@@ -9,7 +9,10 @@
 #include "app/list_loader.h"
 #include "app/watchers.h"
 #include "app/wiring.h"
+#include "contacts/contacts_commands.h"
+#include "editor/editor_commands.h"
 #include "res/ids.h"
+#include "views/view_commands.h"
 
 namespace kelpin {
 namespace {
@@ -23,6 +26,9 @@ void FillCommands(app::AppState& state, app::Commands& commands, app::ListLoader
                         app::ClearExtendedField(state, index, field);
                       });
   commands.Register(res::kCommandCopyNumber, [&state] { app::CopyNumbers(state); });
+  editor::RegisterEditorCommands(state, commands, loader);
+  views::RegisterViewCommands(state, commands, loader);
+  contacts::RegisterContactsCommands(state, commands, loader);
 }
 
 }  // namespace

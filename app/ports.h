@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/clock.h"
+#include "platform/contacts_store.h"
 #include "platform/devices.h"
 #include "platform/kernel_objects.h"
 #include "platform/log.h"
@@ -9,6 +10,7 @@
 #include "platform/registry.h"
 #include "platform/shell.h"
 #include "platform/sim_interface.h"
+#include "platform/telephone.h"
 #include "ui/screen.h"
 
 namespace kelpin::app {
@@ -22,6 +24,8 @@ struct Ports {
   platform::KernelObjects& kernel;
   platform::Shell& shell;
   platform::Programs& programs;
+  platform::Telephone& telephone;
+  platform::ContactsStore& contacts;
   platform::Clock& clock;
   platform::Log& log;
   ui::Screen& screen;

@@ -20,6 +20,7 @@
 #include "program.h"
 #include "res/ids.h"
 #include "tests/support/fake_clock.h"
+#include "tests/support/fake_contacts.h"
 #include "tests/support/fake_devices.h"
 #include "tests/support/fake_log.h"
 #include "tests/support/fake_programs.h"
@@ -27,6 +28,7 @@
 #include "tests/support/fake_registry.h"
 #include "tests/support/fake_shell.h"
 #include "tests/support/fake_sim.h"
+#include "tests/support/fake_telephone.h"
 #include "tests/support/headless_screen.h"
 #include "tests/support/radio_entries.h"
 
@@ -59,6 +61,8 @@ Shown RunOnce(platform::SimInterface& sim, platform::RadioInterface& radio,
   test::FakeRegistry registry(journal, failures);
   test::FakeShell shell(journal, failures);
   test::FakePrograms programs(journal, failures);
+  test::FakeTelephone telephone(journal, failures);
+  test::FakeContacts contacts(journal, failures);
   test::FakeLog log;
   std::string why;
   const auto kernel = device::kernel::Kernel::Open(runtime, why);
@@ -74,8 +78,8 @@ Shown RunOnce(platform::SimInterface& sim, platform::RadioInterface& radio,
     shown.rows = state.dialog->List(res::kMainList)->ItemCount();
     state.dialog->PostClose();
   };
-  const app::Ports ports{sim,   radio,    devices, registry, *kernel,
-                         shell, programs, clock,   log,      screen};
+  const app::Ports ports{sim,      radio,     devices,  registry, *kernel, shell,
+                         programs, telephone, contacts, clock,    log,     screen};
   RunProgram(ports, hooks);
   return shown;
 }

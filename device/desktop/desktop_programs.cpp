@@ -1,10 +1,10 @@
 #include "device/desktop/desktop_programs.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <system_error>
 
 #include "device/desktop/detached_process.h"
+#include "device/desktop/percent_encoding.h"
 #include "device/desktop/utf8.h"
 
 namespace kelpin::device::desktop {
@@ -12,30 +12,10 @@ namespace {
 
 constexpr std::u16string_view kHelpViewer = u"peghelp";
 
-bool IsUnreserved(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
-         c == '.' || c == '_' || c == '~';
-}
-
 // A file in the help folder itself.
 bool IsHelpFileName(std::string_view name) {
   return !name.empty() && name.front() != '.' && name.ends_with(".htm") &&
          std::all_of(name.begin(), name.end(), IsUnreserved);
-}
-
-// RFC 3986: what is not unreserved, and no '/', as %XX.
-std::string Encoded(std::string_view text) {
-  std::string encoded;
-  for (const char c : text) {
-    if (IsUnreserved(c) || c == '/') {
-      encoded.push_back(c);
-    } else {
-      char escaped[4];
-      std::snprintf(escaped, sizeof escaped, "%%%02X", static_cast<unsigned char>(c));
-      encoded += escaped;
-    }
-  }
-  return encoded;
 }
 
 }  // namespace
@@ -44,6 +24,11 @@ int DesktopPrograms::StartProgram(std::u16string_view program, std::u16string_vi
   if (program != kHelpViewer) return 0;
   const std::string address = HelpAddress(commandLine);
   return !address.empty() && StartDetached({opener_, address}) ? 1 : 0;
+}
+
+int DesktopPrograms::CallComposer(std::u16string_view /*library*/, std::u16string_view /*routine*/,
+                                  const platform::ComposeMessageRequest& /*request*/) {
+  return 0;  // a desktop has no such library
 }
 
 std::string DesktopPrograms::HelpAddress(std::u16string_view topic) const {
@@ -55,8 +40,9 @@ std::string DesktopPrograms::HelpAddress(std::u16string_view topic) const {
     std::error_code error;
     const std::filesystem::path file = std::filesystem::absolute(folder / "help" / name, error);
     if (error || !std::filesystem::is_regular_file(file, error)) continue;
-    std::string address = "file://" + Encoded(file.lexically_normal().string());
-    if (end != std::string::npos) address += "#" + Encoded(std::string_view(text).substr(end + 1));
+    std::string address = "file://" + PercentEncoded(file.lexically_normal().string());
+    if (end != std::string::npos)
+      address += "#" + PercentEncoded(std::string_view(text).substr(end + 1));
     return address;
   }
   return {};

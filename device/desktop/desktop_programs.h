@@ -19,6 +19,8 @@ class DesktopPrograms final : public platform::Programs {
       : dataFolders_(std::move(dataFolders)), opener_(std::move(opener)) {}
 
   int StartProgram(std::u16string_view program, std::u16string_view commandLine) override;
+  int CallComposer(std::u16string_view library, std::u16string_view routine,
+                   const platform::ComposeMessageRequest& request) override;
 
  private:
   // "Name.htm" or "Name.htm#section" as a file: address; empty when there is no such file.

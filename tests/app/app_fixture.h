@@ -16,6 +16,7 @@
 #include "res/ids.h"
 #include "tests/support/call_text.h"
 #include "tests/support/fake_clock.h"
+#include "tests/support/fake_contacts.h"
 #include "tests/support/fake_devices.h"
 #include "tests/support/fake_kernel.h"
 #include "tests/support/fake_log.h"
@@ -24,6 +25,7 @@
 #include "tests/support/fake_registry.h"
 #include "tests/support/fake_shell.h"
 #include "tests/support/fake_sim.h"
+#include "tests/support/fake_telephone.h"
 #include "tests/support/headless_screen.h"
 #include "tests/support/radio_entries.h"
 
@@ -79,9 +81,12 @@ struct Device {
   test::FakeRegistry registry{journal, failures};
   test::FakeShell shell{journal, failures};
   test::FakePrograms programs{journal, failures};
+  test::FakeTelephone telephone{journal, failures};
+  test::FakeContacts contacts{journal, failures};
   test::FakeLog log;
   test::FakeKernel kernel{journal, failures, &clock};
-  Ports ports{sim, radio, devices, registry, kernel, shell, programs, clock, log, screen};
+  Ports ports{sim,      radio,     devices,  registry, kernel, shell,
+              programs, telephone, contacts, clock,    log,    screen};
 };
 
 // The program on a device, taken apart so that a test can look at its state. Loads run when the

@@ -53,8 +53,9 @@ TEST_F(StartUpTest, InstanceAndTitleAreThereBeforeAnythingIsAsked) {
   test::Journal journal;
   test::FailPlan failures;
   ProbingKernel kernel(journal, failures);
-  const Ports ports{device.sim,   device.radio,    device.devices, device.registry, kernel,
-                    device.shell, device.programs, device.clock,   device.log,      device.screen};
+  const Ports ports{device.sim,      device.radio, device.devices,  device.registry,
+                    kernel,          device.shell, device.programs, device.telephone,
+                    device.contacts, device.clock, device.log,      device.screen};
   failures.FailCallOf("CreateThread", 1);
   state = std::make_unique<AppState>(ports);
   mainDialog = std::make_unique<MainDialog>(*state, wiring);

@@ -17,11 +17,13 @@
 #include "sim/sim_phonebook.h"
 #include "tests/card/soft_card.h"
 #include "tests/support/fake_clock.h"
+#include "tests/support/fake_contacts.h"
 #include "tests/support/fake_kernel.h"
 #include "tests/support/fake_log.h"
 #include "tests/support/fake_programs.h"
 #include "tests/support/fake_registry.h"
 #include "tests/support/fake_shell.h"
+#include "tests/support/fake_telephone.h"
 #include "tests/support/headless_screen.h"
 
 // The program on a software card that others use too: it is written to, reset, taken out and
@@ -124,9 +126,12 @@ class CardChangesTest : public testing::Test {
   test::FakeRegistry registry{journal, failures};
   test::FakeShell shell{journal, failures};
   test::FakePrograms programs{journal, failures};
+  test::FakeTelephone telephone{journal, failures};
+  test::FakeContacts contacts{journal, failures};
   test::FakeLog log;
   test::FakeKernel kernel{journal, failures, &clock};
-  Ports ports{service, service, devices, registry, kernel, shell, programs, clock, log, screen};
+  Ports ports{service,  service,   devices,  registry, kernel, shell,
+              programs, telephone, contacts, clock,    log,    screen};
   AppState state{ports};
   Wiring wiring;
   std::unique_ptr<MainDialog> mainDialog;

@@ -10,11 +10,13 @@
 #include "sim/ril_ext_phonebook.h"
 #include "tests/card/soft_card.h"
 #include "tests/support/fake_clock.h"
+#include "tests/support/fake_contacts.h"
 #include "tests/support/fake_kernel.h"
 #include "tests/support/fake_log.h"
 #include "tests/support/fake_programs.h"
 #include "tests/support/fake_registry.h"
 #include "tests/support/fake_shell.h"
+#include "tests/support/fake_telephone.h"
 #include "tests/support/headless_screen.h"
 
 // What a deletion clears beside name and number, on the sample card with every kind of file.
@@ -97,9 +99,12 @@ class ExtendedFieldsTest : public testing::Test {
   test::FakeRegistry registry{journal, failures};
   test::FakeShell shell{journal, failures};
   test::FakePrograms programs{journal, failures};
+  test::FakeTelephone telephone{journal, failures};
+  test::FakeContacts contacts{journal, failures};
   test::FakeLog log;
   test::FakeKernel kernel{journal, failures, &clock};
-  Ports ports{service, service, devices, registry, kernel, shell, programs, clock, log, screen};
+  Ports ports{service,  service,   devices,  registry, kernel, shell,
+              programs, telephone, contacts, clock,    log,    screen};
   AppState state{ports};
 };
 

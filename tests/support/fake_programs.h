@@ -20,6 +20,12 @@ class FakePrograms : public platform::Programs {
     bool operator==(const Start&) const = default;
   };
 
+  struct Composed {
+    std::u16string recipient;
+    std::u16string messageClass;
+    bool operator==(const Composed&) const = default;
+  };
+
   FakePrograms(Journal& journal, FailPlan& failures) : journal_(journal), failures_(failures) {}
 
   int StartProgram(std::u16string_view program, std::u16string_view commandLine) override {
@@ -28,6 +34,17 @@ class FakePrograms : public platform::Programs {
     MutexLock lock(lock_);
     if (!startable_) return 0;
     started_.push_back({std::u16string(program), std::u16string(commandLine)});
+    return 1;
+  }
+
+  int CallComposer(std::u16string_view library, std::u16string_view routine,
+                   const platform::ComposeMessageRequest& request) override {
+    journal_.Add(
+        CallText("CallComposer", library, routine, request.recipient, request.messageClass));
+    if (failures_.Fails("CallComposer")) return 0;
+    MutexLock lock(lock_);
+    if (!startable_ || request.size != 32) return 0;
+    composed_.push_back({std::u16string(request.recipient), std::u16string(request.messageClass)});
     return 1;
   }
 
@@ -43,12 +60,19 @@ class FakePrograms : public platform::Programs {
     return started_;
   }
 
+  // The messages that were handed to the composer library, in order.
+  std::vector<Composed> ComposedMessages() const {
+    MutexLock lock(lock_);
+    return composed_;
+  }
+
  private:
   Journal& journal_;
   FailPlan& failures_;
   mutable Mutex lock_;
   bool startable_ GUARDED_BY(lock_) = true;
   std::vector<Start> started_ GUARDED_BY(lock_);
+  std::vector<Composed> composed_ GUARDED_BY(lock_);
 };
 
 }  // namespace kelpin::test

@@ -1,0 +1,15 @@
+#include "device/desktop/desktop_telephone.h"
+
+#include "device/desktop/detached_process.h"
+#include "device/desktop/percent_encoding.h"
+#include "device/desktop/utf8.h"
+
+namespace kelpin::device::desktop {
+
+int DesktopTelephone::PhoneMakeCall(const platform::PhoneCallRequest& request) {
+  if (request.size != platform::kCallRequestSize || request.destinationAddress.empty()) return 0;
+  const std::string number = Utf8(request.destinationAddress);
+  return StartDetached({opener_, "tel:" + PercentEncoded(number, "+")}) ? 1 : 0;
+}
+
+}  // namespace kelpin::device::desktop

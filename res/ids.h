@@ -178,9 +178,11 @@ inline constexpr int kTextMyNoTemplate = 1030;  // stands in the header until th
 inline constexpr int kTextCounterTemplate = 1031;
 inline constexpr int kTextDeletionCloseQuestion = 1032;  // %d deleted, %d in all
 inline constexpr int kTextDeletionStopped = 1033;        // the same
+inline constexpr int kTextEntriesUsed = 1034;            // %d used, %d in all
+inline constexpr int kTextMessagesStored = 1035;         // %d stored, %d in all
 
 inline constexpr int kTextFirst = 1001;
-inline constexpr int kTextLast = 1033;
+inline constexpr int kTextLast = 1035;
 
 // Dialogs.
 inline constexpr int kDialogGroupPicker = 103;
@@ -315,6 +317,10 @@ inline constexpr int kInformationEmailLabel = 1051;
 inline constexpr int kInformationEmail = 1052;
 inline constexpr int kInformationSmsLabel = 1046;
 inline constexpr int kInformationSms = 1047;
+inline constexpr int kInformationEntriesText = 2030;  // in both; names the bar
+inline constexpr int kInformationEntriesBar = 2031;
+inline constexpr int kInformationMessagesText = 2032;  // the same
+inline constexpr int kInformationMessagesBar = 2033;
 
 // Own numbers, and one of them.
 inline constexpr int kOwnNumbersList = 1028;

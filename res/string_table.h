@@ -215,6 +215,8 @@ inline constexpr StringEntry kTexts[] = {
     {kTextDeletionStopped,
      u"%d of %d entries are deleted. The card was changed meanwhile, so the others were left on "
      u"it and the list is read again."},
+    {kTextEntriesUsed, u"%d of %d entries used"},
+    {kTextMessagesStored, u"%d of %d messages stored"},
 };
 
 // One text per id from `first` to `last`, empty where the table has none.

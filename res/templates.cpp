@@ -129,6 +129,10 @@ constexpr ControlTemplate kOptions[] = {
 constexpr ControlTemplate kSimInformationList[] = {
     Label(kInformationHeader, kStringSimInformation, ui::kStyleHeader),
     List(kInformationList, kInformationHeader),
+    BlankLabel(kInformationEntriesText),
+    Progress(kInformationEntriesBar, kInformationEntriesText),
+    BlankLabel(kInformationMessagesText),
+    Progress(kInformationMessagesBar, kInformationMessagesText),
 };
 
 constexpr ControlTemplate kOwnNumbers[] = {
@@ -152,6 +156,10 @@ constexpr ControlTemplate kSimInformationPage[] = {
     Value(kInformationEmail, kInformationEmailLabel, ui::kStyleHidden),
     Label(kInformationSmsLabel, kStringSmsCapacity),
     Value(kInformationSms, kInformationSmsLabel),
+    BlankLabel(kInformationEntriesText),
+    Progress(kInformationEntriesBar, kInformationEntriesText),
+    BlankLabel(kInformationMessagesText),
+    Progress(kInformationMessagesBar, kInformationMessagesText),
 };
 
 constexpr ControlTemplate kEditOwnNumber[] = {

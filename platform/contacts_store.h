@@ -100,7 +100,7 @@ class IItem {
   virtual ComResult Delete() = 0;
 };
 
-// A folder's contacts as they were when the collection was taken, in the order they were made.
+// A folder's contacts in the order they were made, as they were at the first call but Add.
 class IPOutlookItemCollection {
  public:
   virtual ~IPOutlookItemCollection() = default;

@@ -1,0 +1,188 @@
+#include "views/own_number_reader.h"
+
+#include <utility>
+#include <vector>
+
+#include "app/app_state.h"
+#include "app/sim_error.h"
+#include "platform/radio_interface.h"
+#include "res/format.h"
+#include "res/ids.h"
+#include "res/strings.h"
+#include "sim/sim_text.h"
+
+namespace kelpin::views {
+namespace {
+
+constexpr std::uint32_t kNotificationClass = 0x00400000;
+static_assert(kNotificationClass == platform::kRilClassMiscellaneous);
+constexpr std::uint32_t kSelectedFocused = ui::kItemSelected | ui::kItemFocused;
+
+}  // namespace
+
+OwnNumberReader::OwnNumberReader(app::AppState& state)
+    : state_(state), client_(state.ports.radio, state.ports.kernel, state.ports.devices) {}
+
+void OwnNumberReader::Open(std::shared_ptr<ui::Dialog> dialog) {
+  dialog_ = std::move(dialog);
+  client_.Open(kNotificationClass);
+}
+
+void OwnNumberReader::Close() {
+  if (!closed_.exchange(true)) {
+    client_.Close();
+  }
+}
+
+int OwnNumberReader::StartFill() {
+  const std::uint32_t turn = ++turn_;
+  return state_.ports.kernel.CreateThread([reader = shared_from_this(), turn] {
+    ui::Screen& screen = reader->state_.ports.screen;
+    screen.SetWaitCursor(true);
+    if (ui::ListView* const list = reader->dialog_->List(res::kOwnNumbersList)) {
+      const MutexLock guard(reader->filling_);
+      reader->Fill(*list, turn);
+    }
+    screen.SetWaitCursor(false);
+    if (reader->state_.settings.ReadOnly_OwnNumber != 0) {
+      reader->EnableCommands(true);
+    }
+  });
+}
+
+void OwnNumberReader::Refresh() {
+  ui::ListView* const list = dialog_ == nullptr ? nullptr : dialog_->List(res::kOwnNumbersList);
+  if (list == nullptr || closed_ || refreshing_.exchange(true)) {
+    return;
+  }
+  const platform::SimResult result = state_.simPhonebook.ReadStatus();
+  if (!Succeeded(result)) {
+    // The guard stays: a card that does not answer is not asked at each of its events.
+    if (!closed_ && !state_.closing) {
+      app::ShowSimError(state_.ports.screen, dialog_->Handle(), result);
+    }
+    return;
+  }
+  state_.ports.screen.SetWaitCursor(true);
+  ++turn_;  // a fill under way ends
+  {
+    const MutexLock guard(filling_);
+    list->DeleteAllItems();
+  }
+  EnableCommands(false);
+  if (StartFill() != 0) {
+    state_.ports.screen.SetWaitCursor(false);
+    refreshing_ = false;
+  }
+}
+
+void OwnNumberReader::EnableCommands(bool enabled) {
+  const auto bar = dialog_ == nullptr ? nullptr : dialog_->Bar();
+  if (bar == nullptr) {
+    return;
+  }
+  if (state_.settings.ReadOnly_OwnNumber == 0) {
+    if (ui::Menu* const menu = bar->SubMenu(res::kOwnNumbersMenu)) {
+      menu->EnableItem(res::kOwnNumbersErase, enabled);
+      menu->EnableItem(res::kOwnNumbersRefresh, enabled);
+    }
+  }
+  bar->EnableSoftKey(0, enabled);
+}
+
+bool OwnNumberReader::NameFromSettings(std::uint32_t record) const {
+  return record >= 1 && record <= nameFromSettings_.size() && nameFromSettings_[record - 1];
+}
+
+void OwnNumberReader::Fill(ui::ListView& list, std::uint32_t turn) {
+  if (!Wanted(turn)) {
+    return;
+  }
+  if (!client_.GetFileInfo(kOwnNumberFile)) {
+    TellStatus();
+    return;
+  }
+  const std::uint32_t count = client_.RecordCount();
+  for (std::uint32_t record = 1; record <= count && Wanted(turn); ++record) {
+    if (!ReadRecord(list, record)) {
+      TellStatus();
+      break;
+    }
+  }
+  if (!Wanted(turn)) {
+    return;
+  }
+  if (list.ItemCount() > 0) {
+    list.SetItemState(0, kSelectedFocused, kSelectedFocused);
+    list.EnsureVisible(0);
+  } else {
+    list.SetMessage({std::u16string(res::LoadString(res::kTextNoOwnNumbers)), {}, 0, 0});
+  }
+}
+
+bool OwnNumberReader::ReadRecord(ui::ListView& list, std::uint32_t record) {
+  std::vector<std::uint8_t> response;
+  if (!client_.ReadRecord(kOwnNumberFile, record, response)) {
+    return false;
+  }
+  std::u16string name;
+  std::u16string number;
+  sim::DecodeAlphaRaw(response, name, client_.RecordLength(), client_.MaxAlphaLength());
+  sim::DecodeAdnNumber(response, number, client_.RecordLength(), client_.MaxDigits());
+  if (name.empty() && record <= app::kOwnNumberRecordCount) {
+    name = state_.settings.ownNumberRecords[record - 1];
+    if (!name.empty()) {
+      nameFromSettings_[record - 1] = true;
+    }
+  }
+  list.InsertRow(list.ItemCount(), {res::Format(u"%d", {record}), name, number}, nullptr);
+  return true;
+}
+
+// A card that answers, but has no such file or record, is no failure.
+void OwnNumberReader::TellStatus() {
+  if (closed_) {
+    return;
+  }
+  const platform::SimResult result = state_.simPhonebook.ReadStatus();
+  if (!closed_ && !state_.closing) {
+    app::ShowSimError(state_.ports.screen, dialog_->Handle(), result);
+  }
+}
+
+void OwnNumberWatcher::Start() {
+  {
+    const MutexLock guard(lock_);
+    if (started_) {
+      return;
+    }
+    started_ = true;
+  }
+  event_ = state_.ports.kernel.CreateEvent(sim::kOwnNumbersEventName);
+  if (event_ != nullptr) {
+    static_cast<void>(
+        state_.ports.kernel.CreateThread([self = shared_from_this()] { self->Watch(); }));
+  }
+}
+
+void OwnNumberWatcher::SetList(std::shared_ptr<OwnNumberReader> reader) {
+  const MutexLock guard(lock_);
+  list_ = std::move(reader);
+}
+
+std::shared_ptr<OwnNumberReader> OwnNumberWatcher::List() const {
+  const MutexLock guard(lock_);
+  return list_;
+}
+
+void OwnNumberWatcher::Watch() {
+  while (event_->Wait(platform::kInfinite) == platform::WaitResult::kSignaled) {
+    if (const auto list = List(); list != nullptr && !list->Closed()) {
+      list->Refresh();
+    } else {
+      event_->EventModify(platform::EventAction::kPulse);
+    }
+  }
+}
+
+}  // namespace kelpin::views

@@ -1,0 +1,476 @@
+#include "views/own_numbers.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "res/ids.h"
+#include "tests/views/views_fixture.h"
+
+namespace kelpin::views {
+namespace {
+
+using platform::SimResult;
+using testing::ElementsAre;
+
+constexpr int kCommand = 323;
+constexpr int kDialog = 208;
+constexpr int kEditor = 210;
+constexpr std::uint32_t kFile = 0x6F40;
+constexpr std::u16string_view kEvent = u"OEM_MY_RIL_MSISDNS_EVENT_OEM";
+
+// Number parts by hand: length, TON/NPI, digits with the low nibble first.
+const std::vector<std::uint8_t> kFirst = {0x07, 0x91, 0x94, 0x71, 0x21, 0x43, 0x65, 0x87};
+const std::vector<std::uint8_t> kSecond = {0x04, 0x81, 0x10, 0x32, 0xF4};
+
+class OwnNumbersTest : public ViewsTest {
+ protected:
+  void SetUp() override {
+    SetRecords(kFile, {Record("Home", kFirst), Record("", kSecond), Record("", {})});
+  }
+
+  // Opens the list and runs `script` when it was filled with `rows` rows.
+  void ShowList(int rows, const std::function<void(ui::Dialog&, ui::ListView&)>& script) {
+    Show(kCommand, kDialog, [=, this](ui::Dialog& dialog) {
+      ui::ListView& list = *dialog.List(res::kOwnNumbersList);
+      ASSERT_TRUE(Await([&] { return list.ItemCount() == rows && !device.screen.WaitCursor(); }));
+      device.screen.RunPending();
+      script(dialog, list);
+    });
+  }
+  bool EraseEnabled(ui::Dialog& dialog) { return dialog.Bar()->SubMenu(333)->IsEnabled(334); }
+  std::vector<std::uint8_t> CardRecord(std::size_t record) {
+    return device.radio.GetFile(kFile)->records.at(record - 1);
+  }
+  // One edit of the row: types a name and a number and saves.
+  void Save(ui::Dialog& list, std::u16string_view name, std::u16string_view number,
+            const std::function<void(ui::Dialog&)>& look) {
+    device.screen.ScriptDialog(kEditor, [=](ui::Dialog& editor) {
+      editor.EditByUser(1023, name, static_cast<int>(name.size()));
+      editor.EditByUser(1026, number, static_cast<int>(number.size()));
+      editor.Command(340);
+      look(editor);
+      if (!editor.Ended()) editor.Close();
+    });
+    list.Command(332);
+  }
+};
+
+TEST_F(OwnNumbersTest, ItListsTheRecordsOfTheCard) {
+  OpenMain();
+  ShowList(3, [&](ui::Dialog& dialog, ui::ListView& list) {
+    EXPECT_EQ(dialog.Title(), u"Kelpin");
+    EXPECT_EQ(dialog.Text(1031), u"Store your personal numbers.");
+    EXPECT_EQ(list.ExtendedStyle(), 0x20u);
+    ASSERT_EQ(list.Columns().size(), 3u);
+    EXPECT_EQ(list.Columns()[0].text, u"#");
+    EXPECT_EQ(list.Columns()[1].text, u"Name");
+    EXPECT_EQ(list.Columns()[2].text, u"Phone");
+    EXPECT_THAT(RowsOf(list), ElementsAre(u"1|Home|+491712345678", u"2||01234", u"3||"));
+    EXPECT_EQ(list.NextItem(-1, kSelectedFocused), 0);
+    EXPECT_EQ(list.TakeEnsureVisible(), 0);
+    EXPECT_TRUE(dialog.HasDoneButton());
+    EXPECT_TRUE(dialog.InputPanelDown());
+  });
+}
+
+TEST_F(OwnNumbersTest, ACardWithoutRecordsShowsAnEmptyListAndAWord) {
+  SetRecords(kFile, {});
+  OpenMain();
+  Show(kCommand, kDialog, [&](ui::Dialog& dialog) {
+    ui::ListView& list = *dialog.List(res::kOwnNumbersList);
+    ASSERT_TRUE(Await([&] { return !list.Message().text.empty(); }));
+    EXPECT_EQ(list.ItemCount(), 0);
+    EXPECT_EQ(list.SelectedCount(), 0);
+    EXPECT_EQ(list.Message().text, u"This card keeps no own numbers");
+  });
+  EXPECT_TRUE(Boxes().empty());
+}
+
+TEST_F(OwnNumbersTest, ColumnAndListFollowTheScreen) {
+  struct Case {
+    bool highRes;
+    bool smartphone;
+    int width;
+    int height;
+  };
+  OpenMain();
+  for (const Case& one : {Case{false, false, 36, 90}, Case{true, false, 72, 180},
+                          Case{false, true, 36, 124}, Case{true, true, 72, 124}}) {
+    state->isHighRes = one.highRes ? 1 : 0;
+    state->isSmartphone = one.smartphone ? 1 : 0;
+    // As it opens, in a window with no room below the heading.
+    device.screen.SetClientSize({360, 100});
+    ShowList(3, [&](ui::Dialog& dialog, ui::ListView& list) {
+      const int other = 180 - one.width / 2;
+      EXPECT_THAT(WidthsOf(list), ElementsAre(one.width, other, other));
+      EXPECT_EQ(dialog.Bounds(1028).height, one.height);
+      dialog.Resize({360, 700});
+      EXPECT_EQ(dialog.Bounds(1028).y + dialog.Bounds(1028).height, 700);
+      EXPECT_EQ(dialog.Bounds(1028).y, dialog.Bounds(1031).height);
+    });
+  }
+}
+
+TEST_F(OwnNumbersTest, TheKeysOfAListThatCanBeChanged) {
+  OpenMain();
+  ShowList(3, [&](ui::Dialog& dialog, ui::ListView& list) {
+    ASSERT_EQ(dialog.Bar()->Resource(), 302);
+    EXPECT_EQ(dialog.Bar()->KeyAt(0).command, 332);
+    EXPECT_EQ(dialog.Bar()->KeyAt(0).text, u"Edit");
+    EXPECT_EQ(dialog.Bar()->KeyAt(1).command, 333);
+    ui::Menu& menu = *dialog.Bar()->SubMenu(333);
+    ASSERT_EQ(menu.Items().size(), 2u);
+    EXPECT_EQ(menu.Items()[0].text, u"Erase");
+    EXPECT_EQ(menu.Items()[1].text, u"Refresh");
+    // They follow the selection, which the fill has made.
+    EXPECT_TRUE(dialog.Bar()->KeyAt(0).enabled);
+    EXPECT_TRUE(menu.IsEnabled(334));
+    EXPECT_TRUE(menu.IsEnabled(335));
+    list.SetItemState(-1, 0, ui::kItemSelected);
+    EXPECT_FALSE(dialog.Bar()->KeyAt(0).enabled);
+    EXPECT_FALSE(menu.IsEnabled(334));
+    EXPECT_FALSE(menu.IsEnabled(335));
+  });
+}
+
+TEST_F(OwnNumbersTest, TheKeysAreOffUntilTheRecordsCame) {
+  OpenMain();
+  device.kernel.SetThreadMode(test::FakeKernel::ThreadMode::kHold);
+  Show(kCommand, kDialog, [&](ui::Dialog& dialog) {
+    EXPECT_FALSE(dialog.Bar()->KeyAt(0).enabled);
+    EXPECT_FALSE(EraseEnabled(dialog));
+  });
+}
+
+TEST_F(OwnNumbersTest, AReadOnlyListHasOneKeyAndIgnoresPresses) {
+  SetSwitch(u"ReadOnly_OwnNumber", 2);
+  OpenMain();
+  ShowList(3, [&](ui::Dialog& dialog, ui::ListView& list) {
+    ASSERT_EQ(dialog.Bar()->Resource(), 303);
+    ASSERT_TRUE(Await([&] { return dialog.Bar()->KeyAt(0).enabled; }));
+    EXPECT_EQ(dialog.Bar()->KeyCount(), 1u);
+    EXPECT_EQ(dialog.Bar()->KeyAt(0).command, 339);
+    EXPECT_EQ(dialog.Bar()->KeyAt(0).text, u"OK");
+    list.Click(1, 1, ui::kNoModifier);
+    list.DoubleClick(1);
+    list.LongPress(1, {5, 5});
+    list.SetItemState(-1, 0, ui::kItemSelected);
+    EXPECT_TRUE(dialog.Bar()->KeyAt(0).enabled);
+    EXPECT_TRUE(device.screen.Popups().empty());
+    dialog.PressSoftKey(0);
+    EXPECT_TRUE(dialog.Ended());
+  });
+  // Nothing was asked to be changed, so the header was not asked for again.
+  EXPECT_EQ(device.screen.OpenDialogs(), 1u);
+}
+
+TEST_F(OwnNumbersTest, TheSessionIsToldOfTheCardsChanges) {
+  OpenMain();
+  ShowList(3, [&](ui::Dialog&, ui::ListView&) {
+    EXPECT_EQ(device.radio.OpenSessions(), 3u);  // the main list has two
+    EXPECT_EQ(device.journal.Entries("RIL_Initialize").back().find("0x400000") != std::string::npos,
+              true)
+        << device.journal.Entries("RIL_Initialize").back();
+  });
+  EXPECT_EQ(device.radio.OpenSessions(), 2u);
+}
+
+TEST_F(OwnNumbersTest, WithoutAFillThreadNoWatcherIsStarted) {
+  OpenMain();
+  device.failures.FailCallOf("CreateThread", 1);
+  Show(kCommand, kDialog, [&](ui::Dialog&) {
+    EXPECT_EQ(Calls("CreateThread"), 1u);
+    EXPECT_EQ(device.kernel.Waiters(kEvent), 0u);
+  });
+}
+
+TEST_F(OwnNumbersTest, AFileThatCannotBeMeasuredStopsTheFill) {
+  OpenMain();
+  FailCommand(platform::kRilSimGetResponse, kFile);
+  Show(kCommand, kDialog, [&](ui::Dialog& dialog) {
+    ASSERT_TRUE(Await([&] { return Calls("SimGetPhonebookStatus") == 2; }));
+    ASSERT_TRUE(Await([&] { return !device.screen.WaitCursor(); }));
+    EXPECT_EQ(dialog.List(1028)->ItemCount(), 0);
+  });
+  EXPECT_TRUE(Boxes().empty());  // the card itself is ready
+}
+
+TEST_F(OwnNumbersTest, ARecordThatFailsLeavesTheRowsBeforeIt) {
+  OpenMain();
+  FailCommand(platform::kRilSimReadRecord, kFile, 2);
+  ShowList(1, [&](ui::Dialog&, ui::ListView& list) {
+    EXPECT_THAT(RowsOf(list), ElementsAre(u"1|Home|+491712345678"));
+    ASSERT_TRUE(Await([&] { return Calls("SimGetPhonebookStatus") == 2; }));
+  });
+  EXPECT_TRUE(Boxes().empty());
+}
+
+TEST_F(OwnNumbersTest, ACardThatFailsDuringTheFillIsShown) {
+  OpenMain();
+  device.radio.SetResponder([&](const test::FakeRadio::Command& command) {
+    std::optional<test::FakeRadio::Answer> answer;
+    if (command.parameters.fileId == kFile) {
+      device.sim.SetResult("SimGetPhonebookStatus", SimResult::kSimBusy);
+      answer.emplace().code = platform::kRilResultError;
+    }
+    return answer;
+  });
+  Show(kCommand, kDialog, [&](ui::Dialog&) {
+    ASSERT_TRUE(Await([&] { return !Boxes().empty(); }));
+    EXPECT_THAT(BoxTexts(), ElementsAre(u"SIM is busy."));
+  });
+}
+
+TEST_F(OwnNumbersTest, ARecordWithoutANameTakesTheSettingsOne) {
+  const std::vector<std::uint8_t> empty;
+  SetRecords(kFile, {Record("", empty), Record("Card", empty), Record("", empty), Record("", empty),
+                     Record("", empty)});
+  for (const std::u16string_view name : {u"OwnNo_Record1", u"OwnNo_Record2", u"OwnNo_Record4"}) {
+    device.registry.PutString(platform::RegistryRoot::kLocalMachine, kProgramKey, name,
+                              std::u16string(u"Set ") + name.back());
+  }
+  OpenMain();
+  ShowList(5, [&](ui::Dialog&, ui::ListView& list) {
+    EXPECT_THAT(RowsOf(list), ElementsAre(u"1|Set 1|", u"2|Card|", u"3||", u"4|Set 4|", u"5||"));
+  });
+}
+
+TEST_F(OwnNumbersTest, RefreshReadsTheCardAgain) {
+  OpenMain();
+  ShowList(3, [&](ui::Dialog& dialog, ui::ListView& list) {
+    SetRecords(kFile, {Record("New", kSecond)});
+    dialog.Command(335);
+    ASSERT_TRUE(Await([&] { return list.ItemCount() == 1; }));
+    EXPECT_THAT(RowsOf(list), ElementsAre(u"1|New|01234"));
+  });
+}
+
+TEST_F(OwnNumbersTest, AfterARefreshThatMetAnErrorNoMoreIsMadeUntilTheListOpensAnew) {
+  OpenMain();
+  ShowList(3, [&](ui::Dialog& dialog, ui::ListView& list) {
+    device.sim.SetResult("SimGetPhonebookStatus", SimResult::kSimBusy);
+    dialog.Command(335);
+    EXPECT_THAT(BoxTexts(), ElementsAre(u"SIM is busy."));
+    device.sim.SetResult("SimGetPhonebookStatus", SimResult::kOk);
+    SetRecords(kFile, {Record("New", kSecond)});
+    const std::size_t asked = Calls("SimGetPhonebookStatus");
+    dialog.Command(335);
+    EXPECT_EQ(Calls("SimGetPhonebookStatus"), asked);
+    EXPECT_EQ(list.ItemCount(), 3);
+  });
+  ShowList(1, [&](ui::Dialog& dialog, ui::ListView& list) {
+    SetRecords(kFile, {Record("Newer", kSecond)});
+    dialog.Command(335);
+    EXPECT_TRUE(Await([&] { return list.ItemText(0, 1) == u"Newer"; }));
+  });
+}
+
+TEST_F(OwnNumbersTest, WithoutAThreadARefreshLeavesCursorAndGuard) {
+  OpenMain();
+  ShowList(3, [&](ui::Dialog& dialog, ui::ListView& list) {
+    device.failures.FailCallOf("CreateThread", 1);
+    dialog.Command(335);
+    EXPECT_TRUE(device.screen.WaitCursor());
+    EXPECT_EQ(list.ItemCount(), 0);
+    EXPECT_FALSE(dialog.Bar()->KeyAt(0).enabled);
+    const std::size_t asked = Calls("SimGetPhonebookStatus");
+    dialog.PostCommand(335);
+    device.screen.RunPending();
+    EXPECT_EQ(Calls("SimGetPhonebookStatus"), asked);
+  });
+}
+
+TEST_F(OwnNumbersTest, TheEventHasTheOpenListReadAgain) {
+  OpenMain();
+  ShowList(3, [&](ui::Dialog&, ui::ListView& list) {
+    device.kernel.AwaitWaiters(kEvent, 1);
+    SetRecords(kFile, {Record("Pulse", kSecond)});
+    auto event = device.kernel.CreateEvent(kEvent);
+    event->EventModify(platform::EventAction::kPulse);
+    EXPECT_TRUE(Await([&] { return list.ItemText(0, 1) == u"Pulse"; }));
+  });
+}
+
+TEST_F(OwnNumbersTest, OneWatcherServesEveryOpeningAndPassesTheWordOnBetween) {
+  OpenMain();
+  for (int opening = 0; opening < 3; ++opening) {
+    ShowList(3, [&](ui::Dialog&, ui::ListView&) { device.kernel.AwaitWaiters(kEvent, 1); });
+  }
+  EXPECT_EQ(device.kernel.Waiters(kEvent), 1u);
+  // Somebody who came later still hears of a change.
+  auto event = device.kernel.CreateEvent(kEvent);
+  platform::WaitResult result = platform::WaitResult::kTimeout;
+  std::thread late([&] { result = event->Wait(platform::kInfinite); });
+  device.kernel.AwaitWaiters(kEvent, 2);
+  auto other = device.kernel.CreateEvent(kEvent);
+  other->EventModify(platform::EventAction::kPulse);
+  late.join();
+  EXPECT_EQ(result, platform::WaitResult::kSignaled);
+}
+
+TEST_F(OwnNumbersTest, ALongPressOffersEditEraseAndRefresh) {
+  OpenMain();
+  ShowList(3, [&](ui::Dialog& dialog, ui::ListView& list) {
+    list.LongPress(1, {30, 40});
+    device.screen.RunPending();
+    ASSERT_EQ(device.screen.Popups().size(), 1u);
+    const test::ShownPopup popup = device.screen.Popups()[0];
+    EXPECT_EQ(popup.point, (ui::Point{30, 40}));
+    ASSERT_EQ(popup.items.size(), 3u);
+    EXPECT_EQ(popup.items[0].text, u"Edit");
+    EXPECT_EQ(popup.items[0].command, 332);
+    EXPECT_EQ(popup.items[1].text, u"Erase");
+    EXPECT_EQ(popup.items[1].command, 334);
+    EXPECT_EQ(popup.items[2].text, u"Refresh");
+    EXPECT_EQ(popup.items[2].command, 335);
+    device.screen.ScriptBox(ui::BoxAnswer::kYes);
+    EXPECT_TRUE(device.screen.ChoosePopup(334));
+    EXPECT_EQ(list.ItemText(1, 2), u"");
+    static_cast<void>(dialog);
+  });
+}
+
+TEST_F(OwnNumbersTest, EraseOverwritesTheFirstSelectedRecordAndKeepsItsRow) {
+  OpenMain();
+  ShowList(3, [&](ui::Dialog& dialog, ui::ListView& list) {
+    list.SetItemState(1, ui::kItemSelected, ui::kItemSelected);
+    ASSERT_EQ(list.SelectedCount(), 2);
+    device.screen.ScriptBox(ui::BoxAnswer::kYes);
+    dialog.Command(334);
+    EXPECT_THAT(RowsOf(list), ElementsAre(u"1||", u"2||01234", u"3||"));
+  });
+  ASSERT_EQ(Boxes().size(), 1u);
+  EXPECT_EQ(Boxes()[0].text,
+            u"The selected items will be permanently deleted from the SIM card.\nContinue?");
+  EXPECT_EQ(Boxes()[0].caption, u"Warning");
+  EXPECT_EQ(Boxes()[0].style, ui::kBoxQuestion);
+  EXPECT_EQ(CardRecord(1), std::vector<std::uint8_t>(28, 0xFF));
+  EXPECT_EQ(CardRecord(2), Record("", kSecond));
+  EXPECT_EQ(Header(), u"My No. 01234");  // the first number there is now
+}
+
+TEST_F(OwnNumbersTest, NothingIsErasedWithoutAYes) {
+  OpenMain();
+  ShowList(3, [&](ui::Dialog& dialog, ui::ListView&) {
+    device.screen.ScriptDismissBox();
+    dialog.Command(334);
+  });
+  EXPECT_EQ(CardRecord(1), Record("Home", kFirst));
+}
+
+TEST_F(OwnNumbersTest, AFailedEraseIsShownWhenTheCardFails) {
+  OpenMain();
+  ShowList(3, [&](ui::Dialog& dialog, ui::ListView& list) {
+    device.radio.SetResponder([&](const test::FakeRadio::Command& command) {
+      std::optional<test::FakeRadio::Answer> answer;
+      if (command.simCommand == platform::kRilSimUpdateRecord) {
+        device.sim.SetResult("SimGetPhonebookStatus", SimResult::kSimBusy);
+        answer.emplace().code = platform::kRilResultError;
+      }
+      return answer;
+    });
+    device.screen.ScriptBox(ui::BoxAnswer::kYes);
+    dialog.Command(334);
+    ASSERT_EQ(Boxes().size(), 2u);
+    EXPECT_EQ(Boxes()[1].text, u"SIM is busy.");
+    EXPECT_EQ(list.ItemText(0, 1), u"Home");
+    EXPECT_FALSE(device.screen.WaitCursor());
+  });
+}
+
+TEST_F(OwnNumbersTest, AFailedEraseOnACardThatIsReadyGoesOnAsIfItHadWorked) {
+  OpenMain();
+  ShowList(3, [&](ui::Dialog& dialog, ui::ListView& list) {
+    FailCommand(platform::kRilSimUpdateRecord, kFile);
+    device.screen.ScriptBox(ui::BoxAnswer::kYes);
+    dialog.Command(334);
+    EXPECT_EQ(Boxes().size(), 1u);
+    EXPECT_EQ(list.ItemText(0, 1), u"");
+  });
+}
+
+TEST_F(OwnNumbersTest, EditAndEraseNeedARowAndACardThatAnswers) {
+  OpenMain();
+  ShowList(3, [&](ui::Dialog& dialog, ui::ListView& list) {
+    list.SetItemState(-1, 0, ui::kItemSelected);
+    dialog.PostCommand(332);
+    dialog.PostCommand(334);
+    device.screen.RunPending();
+    EXPECT_TRUE(Boxes().empty());
+    SelectRow(list, 0);
+    device.sim.SetResult("SimGetPhonebookStatus", SimResult::kSimBusy);
+    dialog.Command(332);
+    dialog.Command(334);
+    EXPECT_THAT(BoxTexts(), ElementsAre(u"SIM is busy.", u"SIM is busy."));
+    EXPECT_EQ(device.screen.OpenDialogs(), 2u);
+  });
+}
+
+TEST_F(OwnNumbersTest, AClickAndAnActivationEdit) {
+  OpenMain();
+  ShowList(3, [&](ui::Dialog&, ui::ListView& list) {
+    int opened = 0;
+    device.screen.ScriptEveryDialog(kEditor, [&](ui::Dialog& editor) {
+      ++opened;
+      EXPECT_EQ(editor.Text(1026), u"01234");
+      editor.Close();
+    });
+    list.Click(1, 1, ui::kNoModifier);
+    EXPECT_EQ(opened, 1);
+    list.KeyDown({ui::Key::kEnter, ui::kNoModifier});
+    EXPECT_EQ(opened, 2);
+  });
+}
+
+TEST_F(OwnNumbersTest, OkClosesOnAPocketPcAndEditsOnASmartphone) {
+  OpenMain();
+  for (const int command : {1, 2}) {
+    ShowList(3, [&](ui::Dialog& dialog, ui::ListView&) {
+      dialog.Command(command);
+      EXPECT_TRUE(dialog.Ended()) << command;
+      EXPECT_EQ(dialog.Result(), 16);
+      EXPECT_EQ(dialog.Bar(), nullptr);
+    });
+  }
+  state->isSmartphone = 1;
+  for (const int command : {1, 339}) {
+    ShowList(3, [&](ui::Dialog& dialog, ui::ListView&) {
+      int opened = 0;
+      device.screen.ScriptDialog(kEditor, [&](ui::Dialog& editor) {
+        ++opened;
+        editor.Close();
+      });
+      dialog.Command(command);
+      EXPECT_EQ(opened, 1) << command;
+      EXPECT_FALSE(dialog.Ended());
+    });
+  }
+}
+
+TEST_F(OwnNumbersTest, TheHeaderIsReadAgainOnlyAfterAChangeWasAskedFor) {
+  OpenMain();
+  ShowList(3, [&](ui::Dialog&, ui::ListView&) { SetRecords(kFile, {Record("", kSecond)}); });
+  EXPECT_EQ(Header(), u"My No. +491712345678");
+  ShowList(1, [&](ui::Dialog& dialog, ui::ListView&) {
+    device.screen.ScriptBox(ui::BoxAnswer::kNo);
+    dialog.Command(334);
+    EXPECT_EQ(Header(), u"My No. +491712345678");
+  });
+  EXPECT_EQ(Header(), u"My No. 01234");
+}
+
+TEST_F(OwnNumbersTest, HelpAndASizeThatIsNoNews) {
+  OpenMain();
+  ShowList(3, [&](ui::Dialog& dialog, ui::ListView&) {
+    dialog.Help();
+    EXPECT_EQ(Calls(kHelp), 1u);
+    dialog.SetBounds(1028, {1, 2, 3, 4});
+    dialog.Resize(dialog.ClientSize());
+    EXPECT_EQ(dialog.Bounds(1028), (ui::Rect{1, 2, 3, 4}));
+    dialog.Resize({dialog.ClientSize().width + 1, dialog.ClientSize().height});
+    EXPECT_NE(dialog.Bounds(1028), (ui::Rect{1, 2, 3, 4}));
+  });
+}
+
+}  // namespace
+}  // namespace kelpin::views

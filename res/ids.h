@@ -180,9 +180,12 @@ inline constexpr int kTextDeletionCloseQuestion = 1032;  // %d deleted, %d in al
 inline constexpr int kTextDeletionStopped = 1033;        // the same
 inline constexpr int kTextEntriesUsed = 1034;            // %d used, %d in all
 inline constexpr int kTextMessagesStored = 1035;         // %d stored, %d in all
+inline constexpr int kTextOptionsNotStored = 1036;
+inline constexpr int kTextContactsKept = 1037;      // %d contacts
+inline constexpr int kTextCopyToSimStopped = 1038;  // %d done, %d in all
 
 inline constexpr int kTextFirst = 1001;
-inline constexpr int kTextLast = 1035;
+inline constexpr int kTextLast = 1038;
 
 // Dialogs.
 inline constexpr int kDialogGroupPicker = 103;

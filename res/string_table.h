@@ -217,6 +217,14 @@ inline constexpr StringEntry kTexts[] = {
      u"it and the list is read again."},
     {kTextEntriesUsed, u"%d of %d entries used"},
     {kTextMessagesStored, u"%d of %d messages stored"},
+    {kTextOptionsNotStored,
+     u"The phone types and marks could not be stored.\nThey hold until Kelpin is closed."},
+    {kTextContactsKept,
+     u"Of the contacts that were moved, %d are still in Contacts as well: the card does not hold "
+     u"all of them, or they could not be deleted."},
+    {kTextCopyToSimStopped,
+     u"%d of %d contacts are done. The card was changed meanwhile, so the others were left in "
+     u"Contacts and the list is read again."},
 };
 
 // One text per id from `first` to `last`, empty where the table has none.

@@ -184,8 +184,36 @@ inline constexpr int kTextOptionsNotStored = 1036;
 inline constexpr int kTextContactsKept = 1037;      // %d contacts
 inline constexpr int kTextCopyToSimStopped = 1038;  // %d done, %d in all
 
+// The card's PIN, and its opening.
+inline constexpr int kTextPinTitle = 1039;
+inline constexpr int kTextPinWanted = 1040;
+inline constexpr int kTextPinTriesLeft = 1041;
+inline constexpr int kTextPinOneTryLeft = 1042;
+inline constexpr int kTextPinLabel = 1043;
+inline constexpr int kTextPinRefused = 1044;
+inline constexpr int kTextPinDigits = 1045;
+inline constexpr int kTextPinRefusedBefore = 1046;
+inline constexpr int kTextPinLastTryQuestion = 1047;
+inline constexpr int kTextCodeNotAnswered = 1048;
+inline constexpr int kTextPukTitle = 1049;
+inline constexpr int kTextPukWanted = 1050;
+inline constexpr int kTextPukOneTryLeft = 1051;
+inline constexpr int kTextPukLabel = 1052;
+inline constexpr int kTextNewPinLabel = 1053;
+inline constexpr int kTextNewPinAgainLabel = 1054;
+inline constexpr int kTextPukRefused = 1055;
+inline constexpr int kTextPukDigits = 1056;
+inline constexpr int kTextPukRefusedBefore = 1057;
+inline constexpr int kTextPukLastTryQuestion = 1058;
+inline constexpr int kTextNewPinsDiffer = 1059;
+inline constexpr int kTextBlockedForGood = 1060;
+inline constexpr int kTextOpeningCard = 1061;
+inline constexpr int kTextOpeningCardSlow = 1062;
+inline constexpr int kTextNoChosenNumbers = 1063;
+inline constexpr int kTextNoChosenNumbersHint = 1064;
+
 inline constexpr int kTextFirst = 1001;
-inline constexpr int kTextLast = 1038;
+inline constexpr int kTextLast = 1064;
 
 // Dialogs.
 inline constexpr int kDialogGroupPicker = 103;

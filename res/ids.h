@@ -426,6 +426,7 @@ inline constexpr int kCommandMoveToContacts = 1107;
 inline constexpr int kCommandMoveContactsToSim = 1108;
 inline constexpr int kCommandCopyNumber = 0x7401;
 inline constexpr int kCommandDeleteNext = 0x7402;  // in no menu: a deletion goes on
+inline constexpr int kCommandListSaved = 0x7403;   // in no menu: saved entries are listed
 
 // Commands of an edit's pop-up.
 inline constexpr int kCommandEditCut = 768;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <set>
 #include <span>
 #include <utility>
 
@@ -98,6 +99,7 @@ class Contact : public platform::IContact {
   ComResult Put(ContactProperty property, std::u16string_view text) override {
     if (store_->Fails("Put", PropertyName(property), text)) return ComResult::kFail;
     texts_[property] = text;
+    changed_.insert(property);
     return ComResult::kOk;
   }
   ComResult Save() override {
@@ -108,7 +110,9 @@ class Contact : public platform::IContact {
     } else if (!store_->contacts.contains(oid_)) {
       return ComResult::kNotFound;
     }
-    store_->contacts[oid_] = texts_;
+    FakeContact& stored = store_->contacts[oid_];
+    for (const ContactProperty property : changed_) stored[property] = texts_[property];
+    changed_.clear();
     return ComResult::kOk;
   }
 
@@ -116,6 +120,7 @@ class Contact : public platform::IContact {
   Held store_;
   std::int32_t oid_;
   FakeContact texts_;
+  std::set<ContactProperty> changed_;  // since the contact was read or saved
 };
 
 class Item : public platform::IItem {

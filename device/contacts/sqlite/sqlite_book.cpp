@@ -1,0 +1,219 @@
+#include "device/contacts/sqlite/sqlite_book.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "device/contacts/sqlite/contact_schema.h"
+
+namespace kelpin::device::contacts {
+
+using platform::ComResult;
+
+namespace {
+
+std::string TextColumnList() {
+  std::string list;
+  for (std::size_t text = 0; text < kContactTextCount; ++text) {
+    list += (text == 0 ? "" : ",") + std::string(kTextColumns[text]);
+  }
+  return list;
+}
+
+std::string AddSql() {
+  std::string sql = "INSERT INTO contact(" + TextColumnList() + ") VALUES(";
+  for (std::size_t text = 0; text < kContactTextCount; ++text) {
+    sql += text == 0 ? "?" : ",?";
+  }
+  return sql + ")";
+}
+
+// Runs a statement that gives no rows.
+ComResult Finish(Statement& statement) {
+  return statement.Step() == SQLITE_DONE ? ComResult::kOk : ComResult::kFail;
+}
+
+}  // namespace
+
+std::shared_ptr<SqliteBook> SqliteBook::Open(const std::string& path) {
+  auto book = std::make_shared<SqliteBook>();
+  return book->database_.Open(path) == SQLITE_OK && IsContactsFile(book->database_) ? book
+                                                                                    : nullptr;
+}
+
+ComResult SqliteBook::Numbers(std::vector<std::int32_t>& numbers) {
+  // Named by the table, for the index would have to be sorted.
+  if (!numbers_.Prepare(database_,
+                        "SELECT oid FROM contact NOT INDEXED "
+                        "WHERE oid BETWEEN 1 AND 2147483647 ORDER BY oid")) {
+    return ComResult::kFail;
+  }
+  const StatementRun run(numbers_);
+  numbers.clear();
+  int result = SQLITE_ROW;
+  while ((result = numbers_.Step()) == SQLITE_ROW) {
+    numbers.push_back(static_cast<std::int32_t>(numbers_.Integer(0)));
+  }
+  return result == SQLITE_DONE ? ComResult::kOk : ComResult::kFail;
+}
+
+ComResult SqliteBook::Read(std::span<const std::int32_t> numbers,
+                           std::vector<std::optional<ContactRecord>>& records) {
+  records.assign(numbers.size(), std::nullopt);
+  if (numbers.empty()) {
+    return ComResult::kOk;
+  }
+  if (!read_.Prepare(database_, "SELECT oid," + TextColumnList() +
+                                    " FROM contact WHERE oid BETWEEN ?1 AND ?2 ORDER BY oid")) {
+    return ComResult::kFail;
+  }
+  const StatementRun run(read_);
+  read_.Bind(1, std::int64_t{numbers.front()});
+  read_.Bind(2, std::int64_t{numbers.back()});
+  int result = SQLITE_ROW;
+  auto place = numbers.begin();
+  while ((result = read_.Step()) == SQLITE_ROW) {
+    place = std::lower_bound(place, numbers.end(), read_.Integer(0));
+    if (place == numbers.end() || *place != read_.Integer(0)) {
+      continue;
+    }
+    ContactRecord record;
+    for (std::size_t text = 0; text < kContactTextCount; ++text) {
+      record[text] = read_.Text(static_cast<int>(text) + 1);
+    }
+    records[static_cast<std::size_t>(place - numbers.begin())] = std::move(record);
+  }
+  return result == SQLITE_DONE ? ComResult::kOk : ComResult::kFail;
+}
+
+std::uint64_t SqliteBook::Version() {
+  // One tells of others' changes, the other of this session's.
+  std::int64_t others = 0;
+  if (version_.Prepare(database_, "PRAGMA data_version")) {
+    const StatementRun run(version_);
+    others = version_.Step() == SQLITE_ROW ? version_.Integer(0) : 0;
+  }
+  const std::int64_t own = sqlite3_total_changes64(database_.Handle());
+  return (static_cast<std::uint64_t>(others) << 32) ^ static_cast<std::uint64_t>(own);
+}
+
+ComResult SqliteBook::Exists(std::int32_t number) {
+  if (!exists_.Prepare(database_, "SELECT 1 FROM contact WHERE oid=?1")) {
+    return ComResult::kFail;
+  }
+  const StatementRun run(exists_);
+  exists_.Bind(1, std::int64_t{number});
+  const int result = exists_.Step();
+  return result == SQLITE_ROW    ? ComResult::kOk
+         : result == SQLITE_DONE ? ComResult::kNotFound
+                                 : ComResult::kFail;
+}
+
+ComResult SqliteBook::CompanyPhone(std::int32_t number, std::string& phone) {
+  if (!companyPhone_.Prepare(database_, "SELECT company_phone FROM contact WHERE oid=?1")) {
+    return ComResult::kFail;
+  }
+  const StatementRun run(companyPhone_);
+  companyPhone_.Bind(1, std::int64_t{number});
+  const int result = companyPhone_.Step();
+  if (result != SQLITE_ROW) {
+    return result == SQLITE_DONE ? ComResult::kNotFound : ComResult::kFail;
+  }
+  phone = companyPhone_.Text(0);
+  return ComResult::kOk;
+}
+
+ComResult SqliteBook::Find(std::string_view fileAs, std::int32_t& number, std::int32_t& position) {
+  // The index leaves out the empty ones, and is used only where the question does so too.
+  if (!find_.Prepare(database_,
+                     "SELECT oid FROM contact WHERE file_as=?1 AND file_as<>'' ORDER BY oid "
+                     "LIMIT 1") ||
+      !position_.Prepare(database_, "SELECT count(*) FROM contact WHERE oid<=?1")) {
+    return ComResult::kFail;
+  }
+  const StatementRun findRun(find_);
+  find_.Bind(1, fileAs);
+  const int result = find_.Step();
+  if (result != SQLITE_ROW) {
+    return result == SQLITE_DONE ? ComResult::kFalse : ComResult::kFail;
+  }
+  const StatementRun positionRun(position_);
+  position_.Bind(1, find_.Integer(0));
+  if (position_.Step() != SQLITE_ROW) {
+    return ComResult::kFail;
+  }
+  number = static_cast<std::int32_t>(find_.Integer(0));
+  position = static_cast<std::int32_t>(position_.Integer(0));
+  return ComResult::kOk;
+}
+
+ComResult SqliteBook::Add(const ContactRecord& record, std::int32_t& number) {
+  if (!add_.Prepare(database_, AddSql())) {
+    return ComResult::kFail;
+  }
+  const StatementRun run(add_);
+  for (std::size_t text = 0; text < kContactTextCount; ++text) {
+    add_.Bind(static_cast<int>(text) + 1, std::string_view(record[text]));
+  }
+  const ComResult result = Finish(add_);
+  if (Succeeded(result)) {
+    number = static_cast<std::int32_t>(sqlite3_last_insert_rowid(database_.Handle()));
+  }
+  return result;
+}
+
+ComResult SqliteBook::AddAll(std::span<const ContactRecord> records) {
+  bool good = database_.Run("BEGIN IMMEDIATE") == SQLITE_OK;
+  std::int32_t number = 0;
+  for (const ContactRecord& record : records) {
+    good = good && Succeeded(Add(record, number));
+  }
+  if (good && database_.Run("COMMIT") == SQLITE_OK) {
+    return ComResult::kOk;
+  }
+  static_cast<void>(database_.Run("ROLLBACK"));
+  return ComResult::kFail;
+}
+
+ComResult SqliteBook::Change(std::int32_t number, const ContactRecord& record,
+                             const ContactTextSet& changed) {
+  if (changed.none()) {
+    return Exists(number);
+  }
+  std::string sql;
+  for (std::size_t text = 0; text < kContactTextCount; ++text) {
+    if (changed.test(text)) {
+      sql += (sql.empty() ? "UPDATE contact SET " : ",") + std::string(kTextColumns[text]) + "=?";
+    }
+  }
+  Statement change;
+  if (!change.Prepare(database_, sql + " WHERE oid=?")) {
+    return ComResult::kFail;
+  }
+  int parameter = 0;
+  for (std::size_t text = 0; text < kContactTextCount; ++text) {
+    if (changed.test(text)) {
+      change.Bind(++parameter, std::string_view(record[text]));
+    }
+  }
+  change.Bind(++parameter, std::int64_t{number});
+  const ComResult result = Finish(change);
+  if (!Succeeded(result)) {
+    return result;
+  }
+  return sqlite3_changes(database_.Handle()) == 1 ? ComResult::kOk : ComResult::kNotFound;
+}
+
+ComResult SqliteBook::Delete(std::int32_t number) {
+  if (!delete_.Prepare(database_, "DELETE FROM contact WHERE oid=?1")) {
+    return ComResult::kFail;
+  }
+  const StatementRun run(delete_);
+  delete_.Bind(1, std::int64_t{number});
+  const ComResult result = Finish(delete_);
+  if (!Succeeded(result)) {
+    return result;
+  }
+  return sqlite3_changes(database_.Handle()) == 1 ? ComResult::kOk : ComResult::kNotFound;
+}
+
+}  // namespace kelpin::device::contacts

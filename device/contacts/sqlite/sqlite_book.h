@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "device/contacts/contact_book.h"
+#include "device/contacts/sqlite/database.h"
+
+namespace kelpin::device::contacts {
+
+// A session on a contacts file.
+class SqliteBook final : public ContactBook {
+ public:
+  // The file is there and was found to be ours. Null when it is not any more.
+  static std::shared_ptr<SqliteBook> Open(const std::string& path);
+
+  platform::ComResult Numbers(std::vector<std::int32_t>& numbers) override;
+  platform::ComResult Read(std::span<const std::int32_t> numbers,
+                           std::vector<std::optional<ContactRecord>>& records) override;
+  std::uint64_t Version() override;
+  platform::ComResult Exists(std::int32_t number) override;
+  platform::ComResult CompanyPhone(std::int32_t number, std::string& phone) override;
+  platform::ComResult Find(std::string_view fileAs, std::int32_t& number,
+                           std::int32_t& position) override;
+  platform::ComResult Add(const ContactRecord& record, std::int32_t& number) override;
+  platform::ComResult Change(std::int32_t number, const ContactRecord& record,
+                             const ContactTextSet& changed) override;
+  platform::ComResult Delete(std::int32_t number) override;
+
+  // All of them or none.
+  platform::ComResult AddAll(std::span<const ContactRecord> records);
+
+ private:
+  Database database_;
+  // Prepared when they are first needed.
+  Statement numbers_;
+  Statement read_;
+  Statement version_;
+  Statement exists_;
+  Statement companyPhone_;
+  Statement find_;
+  Statement position_;
+  Statement add_;
+  Statement delete_;
+};
+
+}  // namespace kelpin::device::contacts

@@ -17,6 +17,12 @@ endif()
 
 find_package(Threads REQUIRED)
 
+# Card readers (PC/SC), where the library for them is installed.
+find_package(PkgConfig QUIET)
+if(PkgConfig_FOUND)
+  pkg_check_modules(KELPIN_PCSC QUIET IMPORTED_TARGET libpcsclite)
+endif()
+
 # kelpin_library(NAME LIBS...): a static library of every .cpp of the current folder.
 function(kelpin_library name)
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp

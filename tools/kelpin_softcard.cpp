@@ -1,0 +1,171 @@
+// The software card behind a virtual reader, so that every program that knows smart cards sees it.
+
+#include <pthread.h>
+#include <signal.h>
+#include <sys/stat.h>
+
+#include <CLI/CLI.hpp>
+#include <atomic>
+#include <chrono>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <thread>
+
+#include "device/softcard/soft_channel.h"
+#include "platform/mutex.h"
+#include "tools/vpcd_link.h"
+
+namespace {
+
+using namespace kelpin;
+using device::softcard::SoftChannel;
+using tools::VpcdLink;
+
+constexpr int kExitFailure = 1;
+constexpr int kExitUsage = 2;
+constexpr std::chrono::milliseconds kPatience{5000};
+
+constexpr const char* kFooter =
+    "The card is in the reader as long as this runs; SIGTERM or Ctrl+C takes it out.\n"
+    "Every change is in the image before the command is answered. Traces mask the PINs.\n"
+    "Ends with 0 when it was told to, 1 when something failed, 2 for a wrong command line.";
+
+struct Options {
+  std::string image;
+  std::string address = "localhost:35963";
+  std::string trace;
+  int delay = 0;
+};
+
+std::string CheckAddress(const std::string& text) {
+  std::string host;
+  std::string port;
+  return tools::SplitAddress(text, host, port) ? "" : "write it as HOST:PORT";
+}
+
+// Ends the connection that serves now, at SIGTERM, SIGINT or SIGHUP.
+class Ending {
+ public:
+  explicit Ending(SoftChannel& card) : card_(card) {
+    thread_ = std::thread([this] { Await(); });
+  }
+  ~Ending() {
+    ::pthread_kill(thread_.native_handle(), SIGTERM);
+    thread_.join();
+  }
+  Ending(const Ending&) = delete;
+  Ending& operator=(const Ending&) = delete;
+
+  // Before the first thread starts: every thread leaves the signals to ours.
+  static void HoldSignals() {
+    const ::sigset_t signals = Signals();
+    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  }
+
+  // Null: none. False when the end was asked for.
+  bool Serving(VpcdLink* link) {
+    const MutexLock hold(lock_);
+    link_ = link;
+    return !asked_;
+  }
+
+ private:
+  static ::sigset_t Signals() {
+    ::sigset_t signals;
+    ::sigemptyset(&signals);
+    for (const int number : {SIGTERM, SIGINT, SIGHUP}) ::sigaddset(&signals, number);
+    return signals;
+  }
+
+  void Await() {
+    const ::sigset_t signals = Signals();
+    int number = 0;
+    while (::sigwait(&signals, &number) != 0) {
+    }
+    {
+      const MutexLock hold(lock_);
+      asked_ = true;
+      if (link_ != nullptr) link_->Stop();
+    }
+    card_.Remove();  // ends a slow command
+  }
+
+  SoftChannel& card_;
+  Mutex lock_;
+  VpcdLink* link_ GUARDED_BY(lock_) = nullptr;
+  bool asked_ GUARDED_BY(lock_) = false;
+  std::thread thread_;
+};
+
+int Fail(const std::string& why) {
+  std::cerr << "kelpin-softcard: " << why << '\n';
+  return kExitFailure;
+}
+
+int Run(const Options& options) {
+  std::string host;
+  std::string port;
+  if (!tools::SplitAddress(options.address, host, port)) return kExitUsage;
+
+  std::string why;
+  const std::unique_ptr<SoftChannel> card = SoftChannel::Open(options.image, why);
+  if (card == nullptr) return Fail(why);
+  std::ofstream trace;
+  if (!options.trace.empty()) {
+    ::umask(S_IRWXG | S_IRWXO);  // names and numbers are in it
+    trace.open(options.trace, std::ios::app);
+    if (!trace) return Fail(options.trace + ": the trace cannot be written");
+    card->SetTrace([&trace](std::string_view line) { trace << line << std::endl; });
+  }
+
+  Ending ending(*card);
+  for (;;) {
+    const std::unique_ptr<VpcdLink> link = VpcdLink::Connect(host, port, kPatience, why);
+    if (link == nullptr) return ending.Serving(nullptr) ? Fail(why) : 0;
+    VpcdLink::End end = VpcdLink::End::kStopped;
+    if (ending.Serving(link.get())) {
+      end = link->Serve(*card, std::chrono::milliseconds(options.delay));
+    }
+    if (!ending.Serving(nullptr)) return 0;
+    switch (end) {
+      case VpcdLink::End::kStopped:
+        return 0;
+      case VpcdLink::End::kReaderGone:
+        return Fail("the reader on " + options.address + " has gone; was pcscd ended?");
+      case VpcdLink::End::kCardLost:
+        break;
+    }
+    // The image was changed by another program: taken out, and put in again as it is now.
+    std::vector<std::uint8_t> atr;
+    if (card->Connect(atr) != device::card::TransportError::kNone) return Fail(card->LastError());
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Options options;
+  CLI::App cli{"A software SIM or USIM card in a virtual reader (vpcd) of pcscd",
+               "kelpin-softcard"};
+  cli.add_option("--image", options.image, "The card image")->required()->type_name("FILE");
+  cli.add_option("--vpcd", options.address, "The reader, else " + options.address)
+      ->check(CheckAddress)
+      ->type_name("HOST:PORT");
+  cli.add_option("--delay-ms", options.delay, "Every command takes at least so long")
+      ->check(CLI::Range(0, 60000))
+      ->type_name("N");
+  cli.add_option("--trace", options.trace, "Append every command and answer to FILE")
+      ->type_name("FILE");
+  cli.footer(kFooter);
+  cli.set_version_flag("--version", "Kelpin 6.80");
+  try {
+    cli.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return cli.exit(error) == 0 ? 0 : kExitUsage;
+  }
+  Ending::HoldSignals();
+  return Run(options);
+}

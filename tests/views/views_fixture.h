@@ -42,7 +42,9 @@ class ViewsTest : public app::AppTest {
 
   // Gives the command and runs `script` in the modal dialog it opens, which is closed then.
   void Show(int command, int resource, const std::function<void(ui::Dialog&)>& script) {
-    device.screen.ScriptDialog(resource, [this, script](ui::Dialog& dialog) {
+    bool opened = false;
+    device.screen.ScriptDialog(resource, [&](ui::Dialog& dialog) {
+      opened = true;
       script(dialog);
       device.screen.RunPending();
       if (!dialog.Ended()) {
@@ -50,6 +52,7 @@ class ViewsTest : public app::AppTest {
       }
     });
     Dialog().Command(command);
+    EXPECT_TRUE(opened);
   }
 
   bool Await(const std::function<bool()>& done) { return device.screen.RunUntil(done); }

@@ -211,9 +211,12 @@ inline constexpr int kTextOpeningCard = 1061;
 inline constexpr int kTextOpeningCardSlow = 1062;
 inline constexpr int kTextNoChosenNumbers = 1063;
 inline constexpr int kTextNoChosenNumbersHint = 1064;
+inline constexpr int kTextCopyFromSimStopped = 1065;        // %d done, %d in all
+inline constexpr int kTextCopyFromSimCloseQuestion = 1066;  // the same
+inline constexpr int kTextSimEntriesKept = 1067;            // %d entries
 
 inline constexpr int kTextFirst = 1001;
-inline constexpr int kTextLast = 1064;
+inline constexpr int kTextLast = 1067;
 
 // Dialogs.
 inline constexpr int kDialogGroupPicker = 103;
@@ -427,6 +430,7 @@ inline constexpr int kCommandMoveContactsToSim = 1108;
 inline constexpr int kCommandCopyNumber = 0x7401;
 inline constexpr int kCommandDeleteNext = 0x7402;  // in no menu: a deletion goes on
 inline constexpr int kCommandListSaved = 0x7403;   // in no menu: saved entries are listed
+inline constexpr int kCommandMoveNext = 0x7404;    // in no menu: a move to Contacts goes on
 
 // Commands of an edit's pop-up.
 inline constexpr int kCommandEditCut = 768;

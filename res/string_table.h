@@ -257,6 +257,14 @@ inline constexpr StringEntry kTexts[] = {
     {kTextOpeningCardSlow, u"The card takes its time. Press Cancel to end the program."},
     {kTextNoChosenNumbers, u"No contact has a number of the chosen kinds"},
     {kTextNoChosenNumbersHint, u"Choose more phone types under Options... in the menu."},
+    {kTextCopyFromSimStopped,
+     u"%d of %d entries are done. The card was changed meanwhile, so the others were not copied "
+     u"and the list is read again."},
+    {kTextCopyFromSimCloseQuestion,
+     u"%d of %d entries are done, the others are not in Contacts yet.\nStop and close?"},
+    {kTextSimEntriesKept,
+     u"%d of them are still on the SIM card as well, because not all they hold could be read or "
+     u"is in Contacts."},
 };
 
 // One text per id from `first` to `last`, empty where the table has none.

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "contacts/contacts_connection.h"
+
+namespace kelpin::contacts {
+
+// The contact that the connection holds.
+struct ContactHead {
+  std::int32_t oid = 0;
+  std::u16string first;
+  std::u16string last;
+};
+
+enum class EnumerationEnd {
+  kAll,        // every contact, perhaps none
+  kCutShort,   // one could not be fetched, or `stop` was set
+  kNotOpened,  // nothing was read
+};
+
+// Goes through the contacts in the store's order, with a connection of its own that is closed on
+// return. Until `stop` is set.
+EnumerationEnd ForEachContact(
+    platform::ContactsStore& store, const std::atomic<bool>& stop,
+    const std::function<void(ContactsConnection&, const ContactHead&)>& visit);
+
+}  // namespace kelpin::contacts

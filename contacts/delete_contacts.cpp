@@ -1,0 +1,276 @@
+#include "contacts/delete_contacts.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/app_state.h"
+#include "contacts/display_name.h"
+#include "contacts/phone_types.h"
+#include "res/ids.h"
+#include "res/strings.h"
+#include "ui/screen.h"
+#include "views/view_dialog.h"
+
+namespace kelpin::contacts {
+namespace {
+
+using platform::ContactProperty;
+
+constexpr int kColumnShift = 10;  // the name's column is wider by it, the other one narrower
+// What the private message says: the fill is to start, or it has ended.
+constexpr std::uint32_t kFillStarts = 0;
+constexpr std::uint32_t kFillEnded = 1;
+
+constexpr ContactProperty kEmails[] = {
+    ContactProperty::kEmail1Address,
+    ContactProperty::kEmail2Address,
+    ContactProperty::kEmail3Address,
+};
+
+ui::ListMessage Message(int text, int hint) {
+  return {std::u16string(res::LoadString(text)), std::u16string(res::LoadString(hint)), 0, 0};
+}
+
+bool AnyChecked(const ui::ListView& list) {
+  for (int row = 0; row < list.ItemCount(); ++row) {
+    if (list.Checked(row)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// By what the user knows the contact: a number, else, where e-mails count, an e-mail.
+std::u16string ReachedAt(ContactsConnection& connection, std::int32_t oid, bool emailsCount) {
+  for (const PhoneTypeInfo& type : kPhoneTypes) {
+    std::u16string number = ReadPhone(connection, oid, type);
+    if (!number.empty()) {
+      return number;
+    }
+  }
+  for (const ContactProperty property : kEmails) {
+    std::u16string email =
+        emailsCount ? ContactText(*connection.contact, property) : std::u16string();
+    if (!email.empty()) {
+      return email;
+    }
+  }
+  return {};
+}
+
+}  // namespace
+
+struct DeleteContacts::Shared {
+  explicit Shared(app::AppState& theState)
+      : state(theState),
+        language(theState.language),
+        emailsCount(theState.settings.Del_Contacts_Type != 0) {}
+
+  EnumerationEnd Fill();
+  void DeleteChecked();
+
+  app::AppState& state;
+  const std::uint32_t language;
+  const bool emailsCount;
+  std::shared_ptr<ui::Dialog> dialog;
+  std::atomic<bool> stopFilling = false;
+  std::atomic<bool> stopDeleting = false;
+};
+
+EnumerationEnd DeleteContacts::Shared::Fill() {
+  ui::ListView& list = *dialog->List(res::kDeleteContactsList);
+  return ForEachContact(state.ports.contacts, stopFilling,
+                        [&](ContactsConnection& connection, const ContactHead& head) {
+                          std::vector<std::u16string> texts = {
+                              MakeDisplayName(head.first, head.last, language).text,
+                              ReachedAt(connection, head.oid, emailsCount)};
+                          list.InsertRow(list.ItemCount(), std::move(texts),
+                                         std::make_unique<ContactDeleteRow>(head.oid));
+                        });
+}
+
+void DeleteContacts::Shared::DeleteChecked() {
+  state.ports.screen.SetWaitCursor(true);
+  ContactsConnection connection(state.ports.contacts);
+  if (connection.Open() != 0) {
+    const ui::ListView& list = *dialog->List(res::kDeleteContactsList);
+    for (int row = 0; row < list.ItemCount() && !stopDeleting; ++row) {
+      if (!list.Checked(row)) {
+        continue;
+      }
+      const std::shared_ptr<const ui::RowData> data = list.ItemData(row);
+      if (data == nullptr) {
+        break;
+      }
+      // This list's rows hold nothing else. A contact that stays, or has gone already, is not told.
+      static_cast<void>(
+          connection.DeleteContactByOid(static_cast<const ContactDeleteRow&>(*data).oid));
+    }
+    connection.Close();
+  }
+  state.ports.screen.SetWaitCursor(false);
+}
+
+DeleteContacts::DeleteContacts(app::AppState& state)
+    : state_(state), shared_(std::make_shared<Shared>(state)) {}
+
+DeleteContacts::~DeleteContacts() = default;
+
+void DeleteContacts::OnInit(ui::Dialog& dialog) {
+  dialog.SetFullScreen(false, true);
+  dialog.SetTitle(state_.appTitle);
+  views::CreateBar(dialog, res::kBarDeleteContacts);
+  EnableCheckCommands(dialog, false);
+  if (ui::ListView* const list = dialog.List(res::kDeleteContactsList)) {
+    list->SetExtendedStyle(ui::kListCheckBoxes | ui::kListFullRowSelect);
+    list->InsertColumn(kDeleteColumnName, res::LoadString(res::kStringName), 0);
+    list->InsertColumn(
+        kDeleteColumnContact,
+        res::LoadString(shared_->emailsCount ? res::kStringContact : res::kStringPhone), 0);
+    list->SetMessage(Message(res::kTextReadingContacts, 0));
+    // Nothing here follows the changes of the rows.
+    list->SetNotifying(false);
+  }
+  shared_->dialog = dialog.shared_from_this();
+  dialog.PostMessage(res::kMessageFillDeleteContacts, kFillStarts);
+}
+
+void DeleteContacts::OnMessage(ui::Dialog& dialog, std::uint32_t message, std::uint32_t first,
+                               std::uint32_t second) {
+  if (message != res::kMessageFillDeleteContacts) {
+    return;
+  }
+  if (first == kFillStarts) {
+    StartFill(dialog);
+  } else {
+    EndFill(dialog, static_cast<EnumerationEnd>(second));
+  }
+}
+
+void DeleteContacts::StartFill(ui::Dialog& dialog) {
+  const int started = state_.ports.kernel.CreateThread([shared = shared_] {
+    const EnumerationEnd end = shared->Fill();
+    shared->dialog->PostMessage(res::kMessageFillDeleteContacts, kFillEnded,
+                                static_cast<std::uint32_t>(end));
+  });
+  if (started == 0) {
+    EndFill(dialog, EnumerationEnd::kNotOpened);
+  }
+}
+
+void DeleteContacts::EndFill(ui::Dialog& dialog, EnumerationEnd end) {
+  dialog.List(res::kDeleteContactsList)
+      ->SetMessage(end == EnumerationEnd::kNotOpened
+                       ? Message(res::kTextContactsNotOpened, res::kTextContactsNotOpenedHint)
+                       : Message(res::kTextNoContacts, res::kTextNoContactsHint));
+  EnableCheckCommands(dialog, true);
+}
+
+void DeleteContacts::EnableCheckCommands(ui::Dialog& dialog, bool enabled) {
+  const std::shared_ptr<ui::MenuBar> bar = dialog.Bar();
+  if (ui::Menu* const menu = bar == nullptr ? nullptr : bar->SubMenu(res::kDeleteContactsMenu)) {
+    menu->EnableItem(res::kDeleteContactsCheckAll, enabled);
+    menu->EnableItem(res::kDeleteContactsUncheckAll, enabled);
+  }
+}
+
+void DeleteContacts::OnSize(ui::Dialog& dialog, ui::Size client) {
+  dialog.SetBounds(res::kDeleteContactsList, {0, 0, client.width, client.height});
+  if (ui::ListView* const list = dialog.List(res::kDeleteContactsList)) {
+    list->SetColumnWidth(kDeleteColumnName, client.width / 2 + kColumnShift);
+    list->SetColumnWidth(kDeleteColumnContact, std::max(0, client.width / 2 - kColumnShift));
+  }
+}
+
+void DeleteContacts::OnCommand(ui::Dialog& dialog, int command) {
+  switch (command) {
+    case res::kOk:
+    case res::kDeleteContactsDelete:
+      Delete(dialog);
+      break;
+    case res::kCancel:
+    case res::kDeleteContactsCancel:
+      dialog.Close();
+      break;
+    case res::kDeleteContactsCheckAll:
+      CheckAll(dialog, true);
+      break;
+    case res::kDeleteContactsUncheckAll:
+      CheckAll(dialog, false);
+      break;
+    default:
+      break;
+  }
+}
+
+void DeleteContacts::CheckAll(ui::Dialog& dialog, bool checked) {
+  if (stage_ == Stage::kOpen) {
+    dialog.List(res::kDeleteContactsList)->SetCheck(-1, checked);
+  }
+}
+
+void DeleteContacts::Delete(ui::Dialog& dialog) {
+  if (stage_ != Stage::kOpen) {
+    return;
+  }
+  // What is not listed by now the user has not seen.
+  shared_->stopFilling = true;
+  if (!AnyChecked(*dialog.List(res::kDeleteContactsList)) || !Ask(dialog)) {
+    dialog.Close();
+    return;
+  }
+  stage_ = Stage::kDeleting;
+  if (const std::shared_ptr<ui::MenuBar> bar = dialog.Bar()) {
+    for (std::size_t key = 0; key < bar->KeyCount(); ++key) {
+      bar->EnableSoftKey(key, false);
+    }
+  }
+  const int started = state_.ports.kernel.CreateThread([shared = shared_] {
+    shared->DeleteChecked();
+    shared->dialog->End(ui::kDialogDone);
+  });
+  if (started == 0) {
+    stage_ = Stage::kOpen;
+    dialog.Close();
+  }
+}
+
+bool DeleteContacts::Ask(const ui::Dialog& dialog) {
+  stage_ = Stage::kAsking;
+  const ui::BoxAnswer answer = state_.ports.screen.MessageBox(
+      dialog.Handle(), res::LoadString(res::kStringDeleteFromContactsQuestion),
+      res::LoadString(res::kStringWarning), ui::kBoxQuestion);
+  stage_ = Stage::kOpen;
+  return answer == ui::BoxAnswer::kYes && !dialog.Ended();
+}
+
+void DeleteContacts::OnHelp(ui::Dialog& /*dialog*/) {
+  views::ShowHelp(state_);
+}
+
+// A deletion that runs ends the dialog itself, after the contact it is at.
+void DeleteContacts::OnClose(ui::Dialog& dialog) {
+  shared_->stopFilling = true;
+  shared_->stopDeleting = true;
+  if (stage_ == Stage::kOpen) {
+    dialog.DestroyMenuBar();
+    dialog.End(ui::kDialogDone);
+  }
+}
+
+void DeleteContacts::OnDestroy(ui::Dialog& /*dialog*/) {
+  shared_->stopFilling = true;
+  shared_->stopDeleting = true;
+}
+
+void ShowDeleteContacts(app::AppState& state) {
+  DeleteContacts handler(state);
+  views::RunDialog(state, res::kDialogDeleteContacts, state.mainDialog, handler);
+}
+
+}  // namespace kelpin::contacts

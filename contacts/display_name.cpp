@@ -1,0 +1,64 @@
+#include "contacts/display_name.h"
+
+#include <algorithm>
+
+#include "sim/sim_text.h"
+
+namespace kelpin::contacts {
+namespace {
+
+constexpr std::u16string_view kSeparator = u", ";
+
+bool IsFirstOfPair(char16_t unit) {
+  return unit >= 0xD800 && unit <= 0xDBFF;
+}
+
+bool IsChinese(std::uint32_t language) {
+  return language == kLanguageChineseSimplified || language == kLanguageChineseTraditional;
+}
+
+}  // namespace
+
+DisplayName MakeDisplayName(std::u16string_view first, std::u16string_view last,
+                            std::uint32_t language) {
+  DisplayName name;
+  name.ucs2 = IsChinese(language) && (sim::FitsOneByte(first) == 0 || sim::FitsOneByte(last) == 0);
+  name.text = last;
+  if (!first.empty()) {
+    if (!last.empty() && !name.ucs2) {
+      name.text += kSeparator;
+    }
+    name.text += first;
+  }
+  return name;
+}
+
+void CutText(std::u16string& text, std::size_t units) {
+  if (text.size() <= units) {
+    return;
+  }
+  text.resize(units);
+  if (!text.empty() && IsFirstOfPair(text.back())) {
+    text.pop_back();
+  }
+}
+
+std::u16string CardName(const DisplayName& name, std::u16string_view mark,
+                        std::uint32_t maxNameLength) {
+  std::u16string text = name.text;
+  text += mark;
+  CutText(text, std::min<std::size_t>(maxNameLength, kEntryTextLimit));
+  if (name.ucs2 && 2 * text.size() >= maxNameLength) {
+    CutText(text, maxNameLength < 2 ? 0 : maxNameLength / 2 - 1);
+  }
+  return text;
+}
+
+std::u16string CardNumber(std::u16string number, std::size_t maxLength) {
+  sim::FoldFullWidth(number);
+  sim::KeepDialChars(number);
+  number.resize(std::min({number.size(), maxLength, kEntryTextLimit}));
+  return number;
+}
+
+}  // namespace kelpin::contacts

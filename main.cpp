@@ -10,6 +10,7 @@
 #include <QtGlobal>
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -21,12 +22,16 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 #include "app/app_state.h"
 #include "app/start_up.h"
 #include "device/card/card_channel.h"
 #include "device/card/card_devices.h"
 #include "device/card/sim_service.h"
+#include "device/contacts/contact_list.h"
+#include "device/contacts/sqlite/sqlite_store.h"
 #include "device/desktop/desktop_programs.h"
 #include "device/desktop/desktop_telephone.h"
 #include "device/desktop/run_folder.h"
@@ -35,11 +40,15 @@
 #include "device/desktop/utf8.h"
 #include "device/desktop/xdg.h"
 #include "device/kernel/kernel.h"
+#if KELPIN_HAS_PCSC
+#include "device/pcsc/pcsc_channel.h"
+#endif
 #include "device/qt/end_signals.h"
 #include "device/qt/qt_screen.h"
 #include "device/qt/qt_shell.h"
 #include "device/registry/text_registry.h"
 #include "device/softcard/soft_channel.h"
+#include "platform/contacts_store.h"
 #include "program.h"
 #include "res/ids.h"
 #include "ui/list_view.h"
@@ -56,39 +65,109 @@ constexpr std::uint32_t kStartPatience = 5000;  // milliseconds
 
 struct Options {
   std::string sim;
+  std::string contacts;
   std::string registry;
   std::string platform = "pocketpc";
   std::string screenshot;
   bool demo = false;
 };
 
-// A card on the command line: "NAME" or "NAME:ARGUMENT".
-struct SimAdapter {
+// A way to what the program needs, on the command line "NAME" or "NAME:ARGUMENT".
+template <class Needed>
+struct Adapter {
   const char* name;
   bool needsArgument;
   const char* help;
   // Null when it cannot be opened; `why` says why and what to do.
-  std::unique_ptr<card::CardChannel> (*open)(const std::string& argument, std::string& why);
+  std::unique_ptr<Needed> (*open)(const std::string& argument, std::string& why);
 };
 
 std::unique_ptr<card::CardChannel> OpenSoftCard(const std::string& file, std::string& why) {
   return softcard::SoftChannel::Open(file, why);
 }
 
-constexpr SimAdapter kSimAdapters[] = {
-    {"soft", true, "soft:FILE  a software card kept in FILE", OpenSoftCard},
-};
-
-std::string SimHelp() {
-  std::string help = "The card, one of:";
-  for (const SimAdapter& adapter : kSimAdapters) {
-    help += "\n" + std::string(adapter.help);
+#if KELPIN_HAS_PCSC
+std::unique_ptr<card::CardChannel> OpenCardReader(const std::string& name, std::string& why) {
+  std::unique_ptr<pcsc::PcscChannel> channel = pcsc::PcscChannel::Open(name, why);
+  if (channel != nullptr && !channel->HadCard()) {
+    std::cerr << "kelpin: no card in the reader " << channel->ReaderName()
+              << "; put one in and start again\n";
   }
-  return help + "\nWithout it: a software card in the data folder, made empty at the first start";
+  return channel;
 }
 
-const SimAdapter* FindSimAdapter(const std::string& name) {
-  for (const SimAdapter& adapter : kSimAdapters) {
+bool ListReaders(std::string& list, std::string& why) {
+  std::vector<pcsc::Reader> readers;
+  if (!pcsc::ListReaders(readers, why)) {
+    return false;
+  }
+  for (const pcsc::Reader& reader : readers) {
+    list += reader.name + (reader.hasCard ? "  (card)\n" : "  (empty)\n");
+  }
+  return true;
+}
+#else
+constexpr const char* kNoReaders =
+    "this copy of Kelpin was built without card readers; install libpcsclite-dev and build again";
+
+std::unique_ptr<card::CardChannel> OpenCardReader(const std::string& /*name*/, std::string& why) {
+  why = kNoReaders;
+  return nullptr;
+}
+
+bool ListReaders(std::string& /*list*/, std::string& why) {
+  why = kNoReaders;
+  return false;
+}
+#endif
+
+constexpr Adapter<card::CardChannel> kSimAdapters[] = {
+    {"soft", true, "soft:FILE  a software card kept in FILE", OpenSoftCard},
+    {"pcsc", false, "pcsc[:NAME]  the card in a PC/SC reader, the first one or NAME",
+     OpenCardReader},
+};
+
+std::unique_ptr<platform::ContactsStore> OpenSqlite(const std::string& file, std::string& why) {
+  return device::contacts::SqliteStore::Open(file, why);
+}
+
+constexpr Adapter<platform::ContactsStore> kContactsAdapters[] = {
+    {"sqlite", true, "sqlite:FILE  contacts kept in FILE", OpenSqlite},
+};
+
+template <class Needed, std::size_t kCount>
+std::string HelpLines(const Adapter<Needed> (&adapters)[kCount]) {
+  std::string help;
+  for (const Adapter<Needed>& adapter : adapters) {
+    help += "\n" + std::string(adapter.help);
+  }
+  return help;
+}
+
+std::string SimHelp() {
+  return "The card, one of:" + HelpLines(kSimAdapters) +
+         "\nWithout it: a software card in the data folder, made empty at the first start";
+}
+
+std::string ContactsHelp() {
+  return "The contacts, one of:" + HelpLines(kContactsAdapters) +
+         "\nWithout it: contacts.db in the data folder";
+}
+
+// What stands before and after the first colon.
+struct AdapterText {
+  explicit AdapterText(const std::string& text) : name(text.substr(0, text.find(':'))) {
+    argument = text.size() > name.size() ? text.substr(name.size() + 1) : "";
+  }
+
+  std::string name;
+  std::string argument;
+};
+
+template <class Needed, std::size_t kCount>
+const Adapter<Needed>* FindAdapter(const Adapter<Needed> (&adapters)[kCount],
+                                   const std::string& name) {
+  for (const Adapter<Needed>& adapter : adapters) {
     if (name == adapter.name) {
       return &adapter;
     }
@@ -96,15 +175,25 @@ const SimAdapter* FindSimAdapter(const std::string& name) {
   return nullptr;
 }
 
-// Empty when the text names a card, else what is wrong with it.
-std::string CheckSim(const std::string& text) {
-  const std::size_t colon = text.find(':');
-  const SimAdapter* adapter = FindSimAdapter(text.substr(0, colon));
+// Empty when the text names one, else what is wrong with it.
+template <class Needed, std::size_t kCount>
+std::string CheckAdapter(const Adapter<Needed> (&adapters)[kCount], const char* kind,
+                         const std::string& text) {
+  const AdapterText parts(text);
+  const Adapter<Needed>* const adapter = FindAdapter(adapters, parts.name);
   if (adapter == nullptr) {
-    return "no such kind of card: \"" + text.substr(0, colon) + '"';
+    return std::string("no such kind of ") + kind + ": \"" + parts.name + '"';
   }
-  const bool argument = colon != std::string::npos && colon + 1 < text.size();
-  return argument || !adapter->needsArgument ? "" : std::string("write ") + adapter->help;
+  return parts.argument.empty() && adapter->needsArgument ? std::string("write ") + adapter->help
+                                                          : "";
+}
+
+std::string CheckSim(const std::string& text) {
+  return CheckAdapter(kSimAdapters, "card", text);
+}
+
+std::string CheckContacts(const std::string& text) {
+  return CheckAdapter(kContactsAdapters, "contacts", text);
 }
 
 std::string CheckNotEmpty(const std::string& text) {
@@ -121,34 +210,13 @@ bool WriteSampleCard(const char* name, const fs::path& file, std::string& why) {
   return desktop::MakeWholeFile(file, sample.readAll().toStdString(), why);
 }
 
-// A device without a contacts store.
-class NoContacts final : public platform::ContactsStore {
- public:
-  platform::ComResult CoInitializeEx(std::uint32_t /*flags*/) override {
-    return platform::ComResult::kFail;
-  }
-  void CoUninitialize() override {}
-  platform::ComResult CoCreateInstance(std::string_view /*classId*/, std::uint32_t /*context*/,
-                                       std::string_view /*interfaceId*/,
-                                       std::shared_ptr<platform::IPOutlookApp>& app) override {
-    app = nullptr;
-    return platform::ComResult::kFail;
-  }
-  platform::ComResult FindMatchingContact(platform::IPOutlookApp& /*app*/,
-                                          std::u16string_view /*name*/, std::uint32_t /*flags*/,
-                                          std::shared_ptr<platform::IItem>& item,
-                                          std::int32_t& /*index*/) override {
-    item = nullptr;
-    return platform::ComResult::kFail;
-  }
-};
-
 // What the program needs of the device, but for the screen.
 struct Device {
   desktop::ScratchFolder scratch;
   std::unique_ptr<kernel::Kernel> kernel;
   std::unique_ptr<registry::TextRegistry> registry;
   std::unique_ptr<card::CardChannel> channel;
+  std::unique_ptr<platform::ContactsStore> contacts;
 };
 
 bool OpenRegistry(const Options& options, const desktop::Folders& folders, Device& device,
@@ -172,9 +240,9 @@ bool OpenCard(const Options& options, const desktop::Folders& folders, Device& d
   std::string name = "soft";
   std::string argument;
   if (!options.sim.empty()) {
-    const std::size_t colon = options.sim.find(':');
-    name = options.sim.substr(0, colon);
-    argument = colon == std::string::npos ? "" : options.sim.substr(colon + 1);
+    const AdapterText chosen(options.sim);
+    name = chosen.name;
+    argument = chosen.argument;
   } else if (options.demo) {
     const fs::path file = device.scratch.Path() / "card.json";
     if (!WriteSampleCard("usim.json", file, why)) {
@@ -190,8 +258,36 @@ bool OpenCard(const Options& options, const desktop::Folders& folders, Device& d
     }
     argument = file.string();
   }
-  device.channel = FindSimAdapter(name)->open(argument, why);
+  device.channel = FindAdapter(kSimAdapters, name)->open(argument, why);
   return device.channel != nullptr;
+}
+
+// A store of the demonstration's own, with the sample contacts.
+std::unique_ptr<platform::ContactsStore> OpenSampleContacts(const fs::path& file,
+                                                            std::string& why) {
+  QFile sample(":/kelpin/contacts/sample.json");
+  std::vector<device::contacts::ContactRecord> people;
+  if (!sample.open(QIODevice::ReadOnly) ||
+      !device::contacts::ReadContactList(sample.readAll().toStdString(), people, why)) {
+    why = "the sample contacts are not part of this program " + why;
+    return nullptr;
+  }
+  std::unique_ptr<device::contacts::SqliteStore> store =
+      device::contacts::SqliteStore::Open(file.string(), why);
+  return store != nullptr && store->AddAll(people, why) ? std::move(store) : nullptr;
+}
+
+bool OpenContacts(const Options& options, const desktop::Folders& folders, Device& device,
+                  std::string& why) {
+  if (!options.contacts.empty()) {
+    const AdapterText chosen(options.contacts);
+    device.contacts = FindAdapter(kContactsAdapters, chosen.name)->open(chosen.argument, why);
+  } else if (options.demo) {
+    device.contacts = OpenSampleContacts(device.scratch.Path() / "contacts.db", why);
+  } else if (desktop::MakePrivateFolder(folders.data, why)) {
+    device.contacts = OpenSqlite((folders.data / "contacts.db").string(), why);
+  }
+  return device.contacts != nullptr;
 }
 
 bool OpenDevice(const Options& options, const desktop::Folders& folders, Device& device,
@@ -201,7 +297,7 @@ bool OpenDevice(const Options& options, const desktop::Folders& folders, Device&
   }
   device.kernel = kernel::Kernel::Open(folders.runtime, why);
   return device.kernel != nullptr && OpenRegistry(options, folders, device, why) &&
-         OpenCard(options, folders, device, why);
+         OpenCard(options, folders, device, why) && OpenContacts(options, folders, device, why);
 }
 
 std::unique_ptr<desktop::SpdlogLog> OpenLog(const desktop::Folders& folders) {
@@ -267,6 +363,17 @@ bool PrintedAll() {
   }
   std::cerr << "kelpin: standard output cannot be written; is the disk full?\n";
   return false;
+}
+
+int PrintReaders() {
+  std::string list;
+  std::string why;
+  if (!ListReaders(list, why)) {
+    std::cerr << "kelpin: " << why << '\n';
+    return kExitFailure;
+  }
+  std::cout << list;
+  return PrintedAll() ? 0 : kExitFailure;
 }
 
 using SteadyTime = std::chrono::steady_clock::time_point;
@@ -355,7 +462,6 @@ int Start(const Options& options, char* programName, SteadyTime start) {
   qt::QtShell shell(options.platform == "smartphone" ? u"Smartphone" : u"PocketPC");
   desktop::DesktopPrograms programs(desktop::DataFolders(desktop::ProgramFolder()));
   desktop::DesktopTelephone telephone;
-  NoContacts contacts;
   desktop::SteadyClock clock;
 
   bool saved = !picture;
@@ -365,9 +471,9 @@ int Start(const Options& options, char* programName, SteadyTime start) {
       screen.PostToScreen([&] { Report(screen, state, options.screenshot, start, saved); });
     };
   }
-  const app::Ports ports{card,           card,  devices,  *device.registry,
-                         *device.kernel, shell, programs, telephone,
-                         contacts,       clock, *log,     screen};
+  const app::Ports ports{card,  card,     devices,   *device.registry, *device.kernel,
+                         shell, programs, telephone, *device.contacts, clock,
+                         *log,  screen};
   // Served when the program's window can be found.
   screen.PostToScreen([&turn] { turn.Release(); });
   const int code = RunProgram(ports, hooks);
@@ -397,6 +503,9 @@ int main(int argc, char** argv) {
   Options options;
   CLI::App cli{"Kelpin, the phone-book manager for SIM and USIM cards", "kelpin"};
   cli.add_option("--sim", options.sim, SimHelp())->check(CheckSim)->type_name("CARD");
+  cli.add_option("--contacts", options.contacts, ContactsHelp())
+      ->check(CheckContacts)
+      ->type_name("STORE");
   cli.add_option("--registry", options.registry,
                  "The settings file, else registry.reg in the config folder")
       ->check(CheckNotEmpty)
@@ -405,11 +514,14 @@ int main(int argc, char** argv) {
       ->check(CLI::IsMember({"pocketpc", "smartphone"}, CLI::ignore_case))
       ->transform(CLI::Transformer({{"Smartphone", "smartphone"}}, CLI::ignore_case))
       ->type_name("NAME");
-  cli.add_flag("--demo", options.demo, "A sample card and settings, thrown away at the end");
+  cli.add_flag("--demo", options.demo,
+               "A sample card, contacts and settings, thrown away at the end");
   cli.add_option("--screenshot", options.screenshot,
                  "Wait for the list, save a picture (PNG), print the list, end")
       ->check(CheckNotEmpty)
       ->type_name("FILE");
+  bool listReaders = false;
+  cli.add_flag("--list-readers", listReaders, "Print the card readers and end");
   cli.set_version_flag("--version", "Kelpin 6.80");
   try {
     cli.parse(argc, argv);
@@ -419,6 +531,9 @@ int main(int argc, char** argv) {
       return PrintedAll() ? 0 : kExitFailure;
     }
     return kExitUsage;
+  }
+  if (listReaders) {
+    return PrintReaders();
   }
   if (!HasDisplay()) {
     std::cerr << "kelpin: no display; start it in a graphical session, or with xvfb-run\n";

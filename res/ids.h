@@ -214,9 +214,10 @@ inline constexpr int kTextNoChosenNumbersHint = 1064;
 inline constexpr int kTextCopyFromSimStopped = 1065;        // %d done, %d in all
 inline constexpr int kTextCopyFromSimCloseQuestion = 1066;  // the same
 inline constexpr int kTextSimEntriesKept = 1067;            // %d entries
+inline constexpr int kTextServiceCodeQuestion = 1068;       // %s the number
 
 inline constexpr int kTextFirst = 1001;
-inline constexpr int kTextLast = 1067;
+inline constexpr int kTextLast = 1068;
 
 // Dialogs.
 inline constexpr int kDialogGroupPicker = 103;

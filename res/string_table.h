@@ -265,6 +265,9 @@ inline constexpr StringEntry kTexts[] = {
     {kTextSimEntriesKept,
      u"%d of them are still on the SIM card as well, because not all they hold could be read or "
      u"is in Contacts."},
+    {kTextServiceCodeQuestion,
+     u"Dial %s?\n\nIt may be a service code, which can change settings of your phone or your "
+     u"line."},
 };
 
 // One text per id from `first` to `last`, empty where the table has none.

@@ -1,10 +1,34 @@
 #include "views/make_call.h"
 
+#include <string>
+
 #include "app/app_state.h"
+#include "res/format.h"
+#include "res/ids.h"
+#include "res/strings.h"
 
 namespace kelpin::views {
+namespace {
 
-void MakeCall(app::AppState& state, std::u16string_view name, std::u16string_view number) {
+constexpr std::u16string_view kServiceCharacters = u"*#";
+
+bool MayDial(app::AppState& state, ui::WindowHandle owner, std::u16string_view number) {
+  if (number.find_first_of(kServiceCharacters) == std::u16string_view::npos) {
+    return true;
+  }
+  const std::u16string question =
+      res::Format(res::LoadString(res::kTextServiceCodeQuestion), {number});
+  return state.ports.screen.MessageBox(owner, question, res::LoadString(res::kStringWarning),
+                                       ui::kBoxQuestion) == ui::BoxAnswer::kYes;
+}
+
+}  // namespace
+
+void MakeCall(app::AppState& state, ui::WindowHandle owner, std::u16string_view name,
+              std::u16string_view number) {
+  if (!MayDial(state, owner, number)) {
+    return;
+  }
   platform::PhoneCallRequest request;
   request.destinationAddress = number;
   request.calledParty = name;

@@ -304,7 +304,7 @@ void ServiceNumbersDialog::Call(ui::Dialog& dialog) {
     app::ShowSimError(state_.ports.screen, dialog.Handle(), result);
     return;
   }
-  MakeCall(state_, name, number);
+  MakeCall(state_, dialog.Handle(), name, number);
 }
 
 void ShowServiceNumbers(app::AppState& state) {

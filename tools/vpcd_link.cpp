@@ -108,8 +108,13 @@ std::unique_ptr<VpcdLink> VpcdLink::Connect(const std::string& host, const std::
 }
 
 VpcdLink::~VpcdLink() {
-  ::close(socket_);
+  Close();
   ::close(stop_);
+}
+
+void VpcdLink::Close() {
+  if (socket_ >= 0) ::close(socket_);
+  socket_ = -1;
 }
 
 void VpcdLink::Stop() {

@@ -36,6 +36,8 @@ class VpcdLink {
   End Serve(device::card::CardChannel& card, std::chrono::milliseconds delay);
   // Any thread. Ends Serve, but not a card that takes its time over a command.
   void Stop();
+  // Takes the card out. Once Serve has returned; no use after that.
+  void Close();
 
  private:
   VpcdLink(int socket, int stop) : socket_(socket), stop_(stop) {}
@@ -47,7 +49,7 @@ class VpcdLink {
   bool Wait(std::chrono::milliseconds time) const;
   bool Stopped() const { return !Wait(std::chrono::milliseconds(0)); }
 
-  const int socket_;
+  int socket_;
   const int stop_;
 };
 

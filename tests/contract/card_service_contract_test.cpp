@@ -1,42 +1,17 @@
 // The suites of the SIM and radio interfaces on the card service over a software card.
-#include <cstdio>
 #include <fstream>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <thread>
 
 #include "device/card/sim_service.h"
 #include "device/softcard/soft_channel.h"
 #include "tests/card/soft_card.h"
-#include "tests/contract/known_card.h"
+#include "tests/contract/known_image.h"
 #include "tests/contract/radio_interface_contract.h"
 #include "tests/contract/sim_interface_contract.h"
 
 namespace kelpin::contract {
 namespace {
-
-nlohmann::json KnownImage() {
-  nlohmann::json files = nlohmann::json::array();
-  for (const KnownFile& file : KnownFiles()) {
-    nlohmann::json records = nlohmann::json::array();
-    for (const auto& record : file.records) records.push_back(device::card::ToHex(record));
-    char id[5] = {};
-    std::snprintf(id, sizeof(id), "%04X", file.id);
-    files.push_back({{"id", id},
-                     {"structure", "linearFixed"},
-                     {"recordLength", file.recordLength},
-                     {"recordCount", file.records.size()},
-                     {"records", records}});
-  }
-  const nlohmann::json telecom = {{"id", "7F10"}, {"files", files}};
-  const nlohmann::json pin = {{"code", "1234"}, {"enabled", false}};
-  return {{"format", "kelpin card image 1"},
-          {"protocol", "T0"},
-          {"classes", "A0"},
-          {"atr", "3B00"},
-          {"pins", {{"pin1", pin}}},
-          {"mf", {{"files", {telecom}}}}};
-}
 
 class KnownSoftCard {
  public:

@@ -23,7 +23,33 @@ ui::ListView& List(const AppState& state) {
   return *state.dialog->List(res::kMainList);
 }
 
+void ClearFields(const AppSettings& settings, std::uint32_t index, const ClearField& clearField) {
+  const auto clearIf = [&](bool wanted, ExtendedField field) {
+    if (wanted) {
+      clearField(index, field);
+    }
+  };
+  clearIf(settings.Disable_ANR == 0, ExtendedField::kNumber2);
+  clearIf(settings.Disable_ANRA == 0, ExtendedField::kNumber3);
+  clearIf(settings.Disable_EMAIL == 0, ExtendedField::kEmail);
+  clearIf(settings.Enable_SNE != 0, ExtendedField::kNickname);
+  clearIf(settings.Enable_GAS != 0, ExtendedField::kGroup);
+}
+
 }  // namespace
+
+platform::SimResult DeleteFromCard(AppState& state, std::uint32_t index,
+                                   const ClearField& clearField) {
+  const platform::SimResult result = state.simPhonebook.DeleteEntry(index);
+  if (!Succeeded(result)) {
+    return result;
+  }
+  state.simPhonebook.MarkSlot(index, 0);
+  if (clearField) {
+    ClearFields(state.settings, index, clearField);
+  }
+  return result;
+}
 
 EntryDeletion::EntryDeletion(AppState& state, Commands& commands, const ListLoader& loader,
                              ClearField clearField)
@@ -109,35 +135,16 @@ void EntryDeletion::DeleteFirst() {
     End();
     return;
   }
-  const platform::SimResult result = state_.simPhonebook.DeleteEntry(index);
+  const platform::SimResult result = DeleteFromCard(state_, index, clearField_);
   if (!Succeeded(result)) {
     End();
     ShowSimError(state_.ports.screen, state_.mainDialog, result);
     return;
   }
-  state_.simPhonebook.MarkSlot(index, 0);
-  ClearFields(index);
   List(state_).DeleteItem(row);
   chosen_.pop_front();
   ++deletedCount_;
   PostNext();
-}
-
-void EntryDeletion::ClearFields(std::uint32_t index) {
-  if (!clearField_) {
-    return;
-  }
-  const AppSettings& settings = state_.settings;
-  const auto clearIf = [&](bool wanted, ExtendedField field) {
-    if (wanted) {
-      clearField_(index, field);
-    }
-  };
-  clearIf(settings.Disable_ANR == 0, ExtendedField::kNumber2);
-  clearIf(settings.Disable_ANRA == 0, ExtendedField::kNumber3);
-  clearIf(settings.Disable_EMAIL == 0, ExtendedField::kEmail);
-  clearIf(settings.Enable_SNE != 0, ExtendedField::kNickname);
-  clearIf(settings.Enable_GAS != 0, ExtendedField::kGroup);
 }
 
 int EntryDeletion::FirstRow() const {
@@ -206,7 +213,7 @@ bool EntryDeletion::MayClose() {
 }
 
 void RegisterDelete(AppState& state, Commands& commands, const ListLoader& loader,
-                    EntryDeletion::ClearField clearField) {
+                    ClearField clearField) {
   const auto deletion =
       std::make_shared<EntryDeletion>(state, commands, loader, std::move(clearField));
   commands.Register(res::kCommandDelete, [deletion] { deletion->Start(); });

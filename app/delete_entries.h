@@ -6,6 +6,8 @@
 #include <functional>
 #include <memory>
 
+#include "platform/sim_result.h"
+
 namespace kelpin::ui {
 struct RowData;
 }
@@ -19,6 +21,14 @@ class ListLoader;
 // What an entry may have beside its name and number, in the order in which it is cleared.
 enum class ExtendedField { kNumber2, kNumber3, kEmail, kNickname, kGroup };
 
+// Clears one field of the entry at `index` where the card keeps such a field. Failures are its own.
+using ClearField = std::function<void(std::uint32_t index, ExtendedField field)>;
+
+// Deletes the entry at `index` from the card and then, where that worked, clears the fields that
+// the settings let it have; `clearField` may be empty. Its row stays. Any thread.
+platform::SimResult DeleteFromCard(AppState& state, std::uint32_t index,
+                                   const ClearField& clearField);
+
 // The Delete command: takes the selected entries from the card and from the list, after a question.
 //
 // What was selected when the user was asked is what is deleted. The work is done on the screen
@@ -30,10 +40,7 @@ enum class ExtendedField { kNumber2, kNumber3, kEmail, kNickname, kGroup };
 // Screen thread.
 class EntryDeletion {
  public:
-  // Clears one field of the entry at `index` where the card keeps such a field. Failures are its
-  // own. May be empty.
-  using ClearField = std::function<void(std::uint32_t index, ExtendedField field)>;
-
+  // `clearField` may be empty.
   EntryDeletion(AppState& state, Commands& commands, const ListLoader& loader,
                 ClearField clearField);
 
@@ -50,7 +57,6 @@ class EntryDeletion {
   void Begin();
   void PostNext();
   void DeleteFirst();
-  void ClearFields(std::uint32_t index);
   // The first chosen row's number, -1 when it is not listed any more.
   int FirstRow() const;
   void SelectMarkedRow();
@@ -74,6 +80,6 @@ class EntryDeletion {
 
 // Registers the command and what it needs.
 void RegisterDelete(AppState& state, Commands& commands, const ListLoader& loader,
-                    EntryDeletion::ClearField clearField);
+                    ClearField clearField);
 
 }  // namespace kelpin::app

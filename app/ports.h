@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/card_lock.h"
 #include "platform/clock.h"
 #include "platform/contacts_store.h"
 #include "platform/devices.h"
@@ -29,6 +30,7 @@ struct Ports {
   platform::Clock& clock;
   platform::Log& log;
   ui::Screen& screen;
+  platform::CardLock* cardLock = nullptr;  // null: the device asks for no codes
 };
 
 }  // namespace kelpin::app

@@ -31,6 +31,8 @@ inline constexpr std::uint32_t kStyleSingleSelection = 32;  // a list; else seve
 inline constexpr std::uint32_t kStyleHeader = 64;           // a label drawn as the dialog's heading
 // A label that shows a looked-up value; with kStyleHeader, a caption and then the value.
 inline constexpr std::uint32_t kStyleValue = 128;
+// An edit that shows dots for what it holds and gives none of it away, not to the clipboard either.
+inline constexpr std::uint32_t kStyleSecret = 256;
 
 struct ControlTemplate {
   int id = 0;

@@ -1,5 +1,6 @@
 #include "device/card/apdu_exchange.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 
@@ -13,6 +14,7 @@ constexpr std::uint8_t kOtherLength = 0x6C;
 constexpr std::uint8_t kWrongLengthFirst = 0x67;
 // A card that never comes to an end must not hold us for ever.
 constexpr int kMostSteps = 64;
+constexpr std::size_t kLongestCommand = 4 + 1 + 0xFF + 1;
 
 bool DataWaits(StatusWord word) {
   return FirstByte(word) == kDataWaits || FirstByte(word) == kDataWaitsGsm;
@@ -44,8 +46,17 @@ TransportError ApduExchange::Transmit(std::span<const std::uint8_t> bytes,
 }
 
 CardResult ApduExchange::Send(const CardCommand& command, std::vector<std::uint8_t>& data) {
-  if (command.data.size() > 0xFF) return StatusWord::kWrongLength;
   std::vector<std::uint8_t> bytes;
+  const CardResult result = Exchange(command, bytes, data);
+  // A code that was in it is not to outlive it.
+  std::fill(bytes.begin(), bytes.end(), std::uint8_t{0});
+  return result;
+}
+
+CardResult ApduExchange::Exchange(const CardCommand& command, std::vector<std::uint8_t>& bytes,
+                                  std::vector<std::uint8_t>& data) {
+  if (command.data.size() > 0xFF) return StatusWord::kWrongLength;
+  bytes.reserve(kLongestCommand);  // grown, it would leave copies behind
   Build(class_, command, lengthAfterData_, bytes);
   std::vector<std::uint8_t> answer;
   StatusWord word = StatusWord::kOk;

@@ -39,6 +39,9 @@ class ApduExchange {
   CardResult Send(const CardCommand& command);
 
  private:
+  // `bytes` is what was sent last.
+  CardResult Exchange(const CardCommand& command, std::vector<std::uint8_t>& bytes,
+                      std::vector<std::uint8_t>& data);
   TransportError Transmit(std::span<const std::uint8_t> bytes, std::vector<std::uint8_t>& data,
                           StatusWord& word);
 

@@ -4,6 +4,8 @@
 #include <array>
 #include <cstddef>
 
+#include "device/card/card_code.h"
+
 namespace kelpin::device::card {
 namespace {
 
@@ -14,6 +16,7 @@ constexpr std::uint8_t kUpdateBinary = 0xD6;
 constexpr std::uint8_t kUpdateRecord = 0xDC;
 constexpr std::uint8_t kSearchRecord = 0xA2;
 constexpr std::uint8_t kVerify = 0x20;
+constexpr std::uint8_t kUnblock = 0x2C;
 constexpr std::uint8_t kGetResponse = 0xC0;
 
 constexpr std::uint8_t kById = 0x00;
@@ -23,8 +26,13 @@ constexpr std::uint8_t kTellFcp = 0x04;
 constexpr std::uint8_t kAbsolute = 0x04;
 constexpr std::uint8_t kForwardFromFirst = 0x04;  // SEARCH RECORD: simple, on from record P1
 
-constexpr std::size_t kPinBytes = 8;
 constexpr std::size_t kChunk = 0xFF;
+
+// A code in a command is eight bytes, its digits and then FF (TS 102 221 9.5.1).
+void PutCode(std::string_view digits, std::span<std::uint8_t> bytes) {
+  std::fill(bytes.begin(), bytes.end(), std::uint8_t{0xFF});
+  std::copy(digits.begin(), digits.end(), bytes.begin());
+}
 
 bool SaysUnsupported(StatusWord word) {
   return word == StatusWord::kFunctionUnsupported || word == StatusWord::kWrongParameters ||
@@ -332,40 +340,40 @@ CardResult ApduFiles::FindPinReference(PinReference& pin) {
   return StatusWord::kOk;
 }
 
+CardResult ApduFiles::AskTries(std::uint8_t instruction, std::uint8_t reference, int& tries) {
+  const CardResult asked = Send({.instruction = instruction, .parameter2 = reference});
+  if (asked.Error() != TransportError::kNone) return asked;
+  const auto word = static_cast<std::uint16_t>(asked.Word());
+  if ((word & 0xFFF0) == 0x63C0) tries = word & 0x0F;
+  if (asked.Word() == StatusWord::kPinBlocked) tries = 0;
+  return StatusWord::kOk;
+}
+
 CardResult ApduFiles::GetPinState(PinState& state) {
   const CardTransaction transaction(*this);
   if (transaction.Error() != TransportError::kNone) return transaction.Error();
   PinReference pin;
   if (const CardResult result = FindPinReference(pin); !result.Ok()) return result;
-  PinState told = {pin.enabled, pin.enabled && pinVerified_, false, pin.triesLeft};
+  PinState told = {pin.enabled, pin.enabled && pinVerified_, false, pin.triesLeft,
+                   pin.unblockTriesLeft};
   if (!IsGsm()) {
-    // Without a PIN the command only asks how many tries are left.
-    const CardResult asked = Send({.instruction = kVerify, .parameter2 = pin.reference});
-    if (asked.Error() != TransportError::kNone) return asked;
-    const auto word = static_cast<std::uint16_t>(asked.Word());
-    if ((word & 0xFFF0) == 0x63C0) told.triesLeft = word & 0x0F;
-    if (asked.Word() == StatusWord::kPinBlocked) told.triesLeft = 0;
+    const CardResult asked = AskTries(kVerify, pin.reference, told.triesLeft);
+    if (!asked.Ok()) return asked;
   }
   told.blocked = told.triesLeft == 0;
+  if (told.blocked && !IsGsm()) {
+    const CardResult asked = AskTries(kUnblock, pin.reference, told.unblockTriesLeft);
+    if (!asked.Ok()) return asked;
+  }
   state = told;
   return StatusWord::kOk;
 }
 
-CardResult ApduFiles::VerifyPin(std::string_view code, PinState& state) {
-  const CardTransaction transaction(*this);
-  if (transaction.Error() != TransportError::kNone) return transaction.Error();
-  const bool digits = std::all_of(code.begin(), code.end(),
-                                  [](char digit) { return digit >= '0' && digit <= '9'; });
-  if (code.size() < 4 || code.size() > kPinBytes || !digits) return StatusWord::kWrongLength;
-  PinReference pin;
-  if (const CardResult result = FindPinReference(pin); !result.Ok()) return result;
-
-  std::array<std::uint8_t, kPinBytes> bytes;
-  bytes.fill(0xFF);
-  std::copy(code.begin(), code.end(), bytes.begin());
+CardResult ApduFiles::SendCodes(std::uint8_t instruction, std::uint8_t reference,
+                                std::span<std::uint8_t> codes, PinState& state) {
   const CardResult result =
-      Send({.instruction = kVerify, .parameter2 = pin.reference, .data = bytes});
-  bytes.fill(0);
+      Send({.instruction = instruction, .parameter2 = reference, .data = codes});
+  std::fill(codes.begin(), codes.end(), std::uint8_t{0});
   if (result.Error() != TransportError::kNone) return result;
   const auto word = static_cast<std::uint16_t>(result.Word());
   const bool refused = (word & 0xFFF0) == 0x63C0 || result.Word() == StatusWord::kPinBlocked ||
@@ -376,7 +384,33 @@ CardResult ApduFiles::VerifyPin(std::string_view code, PinState& state) {
   return GetPinState(state);
 }
 
+CardResult ApduFiles::VerifyPin(std::string_view code, PinState& state) {
+  const CardTransaction transaction(*this);
+  if (transaction.Error() != TransportError::kNone) return transaction.Error();
+  if (!IsPin(code)) return StatusWord::kWrongLength;
+  PinReference pin;
+  if (const CardResult result = FindPinReference(pin); !result.Ok()) return result;
+  std::array<std::uint8_t, kPinBytes> bytes;
+  PutCode(code, bytes);
+  return SendCodes(kVerify, pin.reference, bytes, state);
+}
+
+CardResult ApduFiles::UnblockPin(std::string_view unblockingCode, std::string_view newPin,
+                                 PinState& state) {
+  const CardTransaction transaction(*this);
+  if (transaction.Error() != TransportError::kNone) return transaction.Error();
+  if (!IsPuk(unblockingCode) || !IsPin(newPin)) return StatusWord::kWrongLength;
+  PinReference pin;
+  if (const CardResult result = FindPinReference(pin); !result.Ok()) return result;
+  std::array<std::uint8_t, 2 * kPinBytes> bytes;
+  PutCode(unblockingCode, std::span(bytes).first(kPinBytes));
+  PutCode(newPin, std::span(bytes).last(kPinBytes));
+  // A GSM card counts CHV1 as 00 here (TS 51.011 9.2.13).
+  return SendCodes(kUnblock, IsGsm() ? std::uint8_t{0} : pin.reference, bytes, state);
+}
+
 TransportError ApduFiles::BeginTransaction() {
+  if (transactions_ == 0 && stopped_) return TransportError::kBusy;
   if (transactions_++ > 0) return TransportError::kNone;
   const TransportError error = channel_.BeginTransaction();
   if (error != TransportError::kNone) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -37,8 +38,13 @@ class ApduFiles final : public CardFiles {
                            std::vector<std::uint8_t>& records) override;
   CardResult GetPinState(PinState& state) override;
   CardResult VerifyPin(std::string_view code, PinState& state) override;
+  CardResult UnblockPin(std::string_view unblockingCode, std::string_view newPin,
+                        PinState& state) override;
   TransportError BeginTransaction() override;
   void EndTransaction() override;
+
+  // No transaction is begun any more; one that is under way goes on. Any thread.
+  void Stop() { stopped_ = true; }
 
  private:
   bool IsGsm() const { return exchange_.Class() == kClassGsm; }
@@ -60,9 +66,14 @@ class ApduFiles final : public CardFiles {
   CardResult SendSelect(std::uint8_t parameter1, std::uint8_t parameter2,
                         std::span<const std::uint8_t> data, std::vector<std::uint8_t>* response);
   CardResult FindPinReference(PinReference& pin);
+  // What the card says of tries by the command without a code.
+  CardResult AskTries(std::uint8_t instruction, std::uint8_t reference, int& tries);
+  CardResult SendCodes(std::uint8_t instruction, std::uint8_t reference,
+                       std::span<std::uint8_t> codes, PinState& state);
 
   CardChannel& channel_;
   ApduExchange exchange_;
+  std::atomic<bool> stopped_ = false;
   bool open_ = false;
   int transactions_ = 0;
   bool pathSelects_ = true;  // the card takes whole paths

@@ -16,7 +16,8 @@ struct PinState {
   bool enabled = false;
   bool verified = false;  // since the card was last reset, through us
   bool blocked = false;
-  int triesLeft = -1;  // -1: the card does not tell
+  int triesLeft = -1;         // -1: the card does not tell
+  int unblockTriesLeft = -1;  // of a blocked PIN's PUK; the same
 };
 
 // The files of one card, by path. Whoever implements it knows how the card is reached: by APDUs or
@@ -54,6 +55,12 @@ class CardFiles {
   virtual CardResult GetPinState(PinState& state) = 0;
   // Sends `code` (4 to 8 digits) once. A refusal is a success of the call: `state.verified` tells.
   virtual CardResult VerifyPin(std::string_view code, PinState& state) = 0;
+  // Sends the PUK (8 digits) and a new PIN once. A refusal is a success of the call as well:
+  // `state.blocked` tells.
+  virtual CardResult UnblockPin(std::string_view /*unblockingCode*/, std::string_view /*newPin*/,
+                                PinState& /*state*/) {
+    return StatusWord::kUnknownInstruction;
+  }
 
   // Keeps other programs off the card. Nesting is counted. Not a command to the card.
   virtual TransportError BeginTransaction() = 0;

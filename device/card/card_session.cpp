@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <span>
 
+#include "device/card/card_code.h"
 #include "device/card/status_map.h"
 
 namespace kelpin::device::card {
 namespace {
 
+using platform::CardLockResult;
+using platform::LastTry;
 using platform::SimResult;
 using platform::Succeeded;
 
@@ -36,6 +39,7 @@ SimResult CardSession::Connect() {
   if (const TransportError error = files_.Open(); error != TransportError::kNone) {
     return ToSimResult(error);
   }
+  ++powerUps_;
   std::vector<std::uint8_t> iccid;
   const CardResult result = files_.ReadBinary({kEfIccid}, 0, kIccidLength, iccid);
   if (result.Error() != TransportError::kNone) return ToSimResult(result);
@@ -81,16 +85,24 @@ SimResult CardSession::BeginChange() {
     error = files_.BeginTransaction();
   }
   if (error != TransportError::kNone) return ToSimResult(error);
-  if (!swapped_) return SimResult::kOk;
+  if (!swapped_) {
+    changing_ = true;
+    return SimResult::kOk;
+  }
   files_.EndTransaction();
   return SimResult::kWrongSim;
+}
+
+void CardSession::EndChange() {
+  files_.EndTransaction();
+  changing_ = false;
 }
 
 SimResult CardSession::Change(const std::function<CardResult()>& operation) {
   const SimResult begun = BeginChange();
   if (!Succeeded(begun)) return begun;
   const SimResult result = ToSimResult(operation());
-  files_.EndTransaction();
+  EndChange();
   return Explain(result);
 }
 
@@ -117,7 +129,7 @@ WriteOutcome CardSession::ChangeEntry(std::uint32_t location,
   if (!Succeeded(outcome.result)) return outcome;
   EntryWriter writer(book_.Layout());
   outcome = operation(writer);
-  files_.EndTransaction();
+  EndChange();
   if (outcome.doubtful) ReadBack(location, outcome);
   outcome.result = Explain(outcome.result);
   return outcome;
@@ -131,16 +143,36 @@ SimResult CardSession::GetPinState(PinState& state) {
   return ToSimResult(files_.GetPinState(state));
 }
 
-SimResult CardSession::VerifyPin(std::string_view code, bool evenTheLastTry, PinState& state) {
-  const SimResult asked = GetPinState(state);
-  if (!Succeeded(asked)) return asked;
-  if (state.blocked) return SimResult::kPukRequired;
-  if (state.verified || !state.enabled) return SimResult::kOk;
-  if (state.triesLeft == 1 && !evenTheLastTry) return SimResult::kPinRequired;
-  const CardResult sent = files_.VerifyPin(code, state);
-  if (!sent.Ok()) return ToSimResult(sent);
-  if (state.blocked) return SimResult::kPukRequired;
-  return state.verified ? SimResult::kOk : SimResult::kIncorrectPassword;
+CardLockResult CardSession::VerifyPin(std::string_view code, LastTry lastTry, PinState& state) {
+  using Kind = RefusedCodes::Kind;
+  if (!IsPin(code)) return CardLockResult::kNoCode;
+  if (!Succeeded(GetPinState(state))) return CardLockResult::kFailed;
+  if (!state.enabled || state.verified) return CardLockResult::kTaken;
+  if (state.blocked) return CardLockResult::kBlocked;
+  if (refused_.Has(iccid_, Kind::kPin, code)) return CardLockResult::kRefusedBefore;
+  if (state.triesLeft == 1 && lastTry == LastTry::kKeep) return CardLockResult::kLastTry;
+  if (!files_.VerifyPin(code, state).Ok()) return CardLockResult::kFailed;
+  if (state.verified) return CardLockResult::kTaken;
+  refused_.Add(iccid_, Kind::kPin, code);
+  return state.blocked ? CardLockResult::kBlocked : CardLockResult::kRefused;
+}
+
+CardLockResult CardSession::UnblockPin(std::string_view unblockingCode, std::string_view newPin,
+                                       LastTry lastTry, PinState& state) {
+  using Kind = RefusedCodes::Kind;
+  if (!IsPuk(unblockingCode) || !IsPin(newPin)) return CardLockResult::kNoCode;
+  if (!Succeeded(GetPinState(state)) || !state.blocked) return CardLockResult::kFailed;
+  if (state.unblockTriesLeft == 0) return CardLockResult::kBlocked;
+  if (refused_.Has(iccid_, Kind::kPuk, unblockingCode)) return CardLockResult::kRefusedBefore;
+  if (state.unblockTriesLeft == 1 && lastTry == LastTry::kKeep) return CardLockResult::kLastTry;
+  if (!files_.UnblockPin(unblockingCode, newPin, state).Ok()) return CardLockResult::kFailed;
+  if (!state.blocked) {
+    // What was wrong before is right now.
+    refused_.Remove(iccid_, Kind::kPin, newPin);
+    return CardLockResult::kTaken;
+  }
+  refused_.Add(iccid_, Kind::kPuk, unblockingCode);
+  return state.unblockTriesLeft == 0 ? CardLockResult::kBlocked : CardLockResult::kRefused;
 }
 
 }  // namespace kelpin::device::card

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <string_view>
@@ -8,6 +9,8 @@
 #include "device/card/card_files.h"
 #include "device/card/entry_writer.h"
 #include "device/card/phonebook_files.h"
+#include "device/card/refused_codes.h"
+#include "platform/card_lock.h"
 #include "platform/sim_result.h"
 
 namespace kelpin::device::card {
@@ -32,6 +35,9 @@ class CardSession {
   WriteOutcome ChangeEntry(std::uint32_t location,
                            const std::function<WriteOutcome(EntryWriter&)>& operation);
 
+  // An update is under way. Any thread.
+  bool Changing() const { return changing_; }
+
   // The callers look at the card afresh: another card is no longer unexpected.
   void Accept() { swapped_ = false; }
   bool Swapped() const { return swapped_; }
@@ -41,20 +47,29 @@ class CardSession {
   void Drop();
 
   platform::SimResult GetPinState(PinState& state);
-  // Sends nothing when one try is left, unless `evenTheLastTry`.
-  platform::SimResult VerifyPin(std::string_view code, bool evenTheLastTry, PinState& state);
+  // Rises whenever the card was powered anew, which takes back what was verified.
+  std::uint32_t PowerUps() const { return powerUps_; }
+  // `state` is what the card says in the end; left as it was when the card was not asked.
+  platform::CardLockResult VerifyPin(std::string_view code, platform::LastTry lastTry,
+                                     PinState& state);
+  platform::CardLockResult UnblockPin(std::string_view unblockingCode, std::string_view newPin,
+                                      platform::LastTry lastTry, PinState& state);
 
  private:
   platform::SimResult Connect();
   platform::SimResult Explain(platform::SimResult result);
   // Ready, the card the callers know, and other programs kept off until EndTransaction.
   platform::SimResult BeginChange();
+  void EndChange();
   void ReadBack(std::uint32_t location, WriteOutcome& outcome);
 
   CardFiles& files_;
   PhonebookFiles book_;
   std::vector<std::uint8_t> iccid_;  // of the card that was in last; empty: not known
   bool swapped_ = false;
+  RefusedCodes refused_;
+  std::atomic<bool> changing_ = false;
+  std::uint32_t powerUps_ = 0;
 };
 
 }  // namespace kelpin::device::card

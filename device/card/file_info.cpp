@@ -173,6 +173,9 @@ std::optional<PinReference> ParsePinReference(std::span<const std::uint8_t> resp
   PinReference pin;
   pin.enabled = (response[13] & 0x80) == 0;
   if ((response[18] & 0x80) != 0) pin.triesLeft = response[18] & 0x0F;
+  if (response.size() > 19 && (response[19] & 0x80) != 0) {
+    pin.unblockTriesLeft = response[19] & 0x0F;
+  }
   return pin;
 }
 

@@ -35,7 +35,8 @@ std::array<std::uint8_t, kGsmResponseLength> GsmResponse(const FileInfo& info);
 struct PinReference {
   std::uint8_t reference = 1;  // P2 of VERIFY
   bool enabled = false;
-  int triesLeft = -1;  // -1: this form does not tell
+  int triesLeft = -1;         // -1: this form does not tell
+  int unblockTriesLeft = -1;  // the same
 };
 
 // From an FCP's PIN status template (tag C6), or from a GSM card's answer for its master file.

@@ -3,17 +3,40 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <string>
 #include <utility>
 
+#include "device/card/card_code.h"
+
 namespace kelpin::device::card {
 
+using platform::CardLockResult;
 using platform::SimResult;
 using platform::Succeeded;
 
 namespace {
 
 constexpr std::uint8_t kPlanMask = 0x0F;
+
+// What an operation leaves to its caller.
+struct Outcome {
+  SimResult result = SimResult::kNotReady;
+};
+
+struct Figures {
+  SimResult result = SimResult::kNotReady;
+  std::uint32_t used = 0;
+  std::uint32_t total = 0;
+
+  SimResult Tell(std::uint32_t& usedOut, std::uint32_t& totalOut) const {
+    if (Succeeded(result)) {
+      usedOut = used;
+      totalOut = total;
+    }
+    return result;
+  }
+};
 
 template <std::size_t size>
 void CopyText(char16_t (&out)[size], std::u16string_view text) {
@@ -95,33 +118,41 @@ void SimService::HeedEvents() {
   if (touched_.exchange(false)) session_.Forget();
 }
 
+void SimService::CallOut(const std::function<bool()>& open, const std::function<void()>& call) {
+  // The lock is this thread's already where one call leads to another.
+  if (callsOut_++ == 0) callLock_.lock();
+  if (open()) call();
+  if (--callsOut_ == 0) callLock_.unlock();
+}
+
 void SimService::NotifySim(std::uint32_t code, std::uint32_t location) {
-  std::vector<SimSession> sessions;
+  std::vector<std::pair<platform::SimHandle, SimSession>> sessions;
   {
     const MutexLock lock(lock_);
     for (const auto& [handle, session] : simSessions_) {
-      if (session.notify != nullptr) sessions.push_back(session);
+      if (session.notify != nullptr) sessions.emplace_back(handle, session);
     }
   }
-  // Sessions are closed on this thread: those copied are open until we return.
   const platform::SimPhonebookChange change = {location, platform::kSimPhonebookStorageSim};
-  for (const SimSession& session : sessions) {
-    session.notify(code, &change, sizeof(change), session.parameter);
+  for (const auto& [handle, session] : sessions) {
+    CallOut([this, sim = handle] { return HasSimSession(sim); },
+            [&, to = session] { to.notify(code, &change, sizeof(change), to.parameter); });
   }
 }
 
 void SimService::NotifyRadio(std::uint32_t code, const void* data, std::uint32_t size) {
-  std::vector<RadioSession> sessions;
+  std::vector<std::pair<platform::RilHandle, RadioSession>> sessions;
   {
     const MutexLock lock(lock_);
     for (const auto& [handle, session] : radioSessions_) {
       if (session.notify != nullptr && (session.classes & code & 0xFFFF0000) != 0) {
-        sessions.push_back(session);
+        sessions.emplace_back(handle, session);
       }
     }
   }
-  for (const RadioSession& session : sessions) {
-    session.notify(code, data, size, session.parameter);
+  for (const auto& [handle, session] : sessions) {
+    CallOut([this, ril = handle] { return HasRadioSession(ril); },
+            [&, to = session] { to.notify(code, data, size, to.parameter); });
   }
 }
 
@@ -143,16 +174,29 @@ bool SimService::HasSimSession(platform::SimHandle sim) {
   return simSessions_.count(sim) != 0;
 }
 
-template <typename Operation>
-SimResult SimService::OnCard(platform::SimHandle sim, bool storageFits, Operation operation) {
-  if (!storageFits || !HasSimSession(sim)) return SimResult::kBadParameter;
-  SimResult result = SimResult::kNotReady;
-  queue_.Run([&](bool cancelled) {
+bool SimService::HasRadioSession(platform::RilHandle ril) {
+  const MutexLock lock(lock_);
+  return radioSessions_.count(ril) != 0;
+}
+
+template <typename Outcome>
+Outcome SimService::OnCard(std::function<void(Outcome& outcome)> operation) {
+  const auto outcome = std::make_shared<Outcome>();
+  const bool ran = queue_.Run([this, outcome, operation = std::move(operation)](bool cancelled) {
     if (cancelled) return;
     HeedEvents();
-    result = operation();
+    operation(*outcome);
   });
-  return result;
+  return ran ? *outcome : Outcome();
+}
+
+template <typename Outcome>
+Outcome SimService::OnCard(platform::SimHandle sim, bool storageFits,
+                           std::function<void(Outcome& outcome)> operation) {
+  if (storageFits && HasSimSession(sim)) return OnCard(std::move(operation));
+  Outcome outcome;
+  outcome.result = SimResult::kBadParameter;
+  return outcome;
 }
 
 SimResult SimService::SimInitialize(std::uint32_t flags, platform::SimNotifyCallback callback,
@@ -171,6 +215,7 @@ SimResult SimService::SimInitialize(std::uint32_t flags, platform::SimNotifyCall
 SimResult SimService::SimDeinitialize(platform::SimHandle sim) {
   if (!HasSimSession(sim)) return SimResult::kBadParameter;
   queue_.Dismiss(sim, [this, sim] {
+    const MutexLock calls(callLock_);
     const MutexLock lock(lock_);
     simSessions_.erase(sim);
   });
@@ -179,95 +224,171 @@ SimResult SimService::SimDeinitialize(platform::SimHandle sim) {
 
 SimResult SimService::SimGetDevCaps(platform::SimHandle sim, std::uint32_t type,
                                     platform::SimCaps& caps) {
-  return OnCard(sim, type == platform::kSimCapsAll, [&] {
-    platform::SimCaps read;
-    const SimResult result = session_.Read([&] {
-      const SimResult limits = session_.Book().Limits(read.maxAddressLength, read.maxTextLength);
-      read.maxIndex = session_.Book().Layout().Total();
+  struct Outcome {
+    SimResult result = SimResult::kNotReady;
+    platform::SimCaps caps;
+  };
+  const auto outcome = OnCard<Outcome>(sim, type == platform::kSimCapsAll, [this](Outcome& out) {
+    out.result = session_.Read([this, &out] {
+      const SimResult limits =
+          session_.Book().Limits(out.caps.maxAddressLength, out.caps.maxTextLength);
+      out.caps.maxIndex = session_.Book().Layout().Total();
       return limits;
     });
-    if (!Succeeded(result)) return result;
-    read.params = platform::kSimCapsAll;
-    read.minIndex = 1;
-    caps = read;
-    return result;
   });
+  if (!Succeeded(outcome.result)) return outcome.result;
+  caps = outcome.caps;
+  caps.params = platform::kSimCapsAll;
+  caps.minIndex = 1;
+  return outcome.result;
 }
 
 SimResult SimService::SimReadPhonebookEntry(platform::SimHandle sim, std::uint32_t storage,
                                             std::uint32_t index,
                                             platform::SimPhonebookEntry& entry) {
-  return OnCard(sim, storage == platform::kSimPhonebookStorageSim, [&] {
-    PhonebookEntry read;
-    const SimResult result = session_.Read([&] { return session_.Book().Read(index, read); });
-    if (Succeeded(result)) entry = ToPlatform(read);
-    return result;
-  });
+  struct Outcome {
+    SimResult result = SimResult::kNotReady;
+    PhonebookEntry entry;
+  };
+  const auto outcome = OnCard<Outcome>(
+      sim, storage == platform::kSimPhonebookStorageSim, [this, index](Outcome& out) {
+        out.result = session_.Read([&] { return session_.Book().Read(index, out.entry); });
+      });
+  if (Succeeded(outcome.result)) entry = ToPlatform(outcome.entry);
+  return outcome.result;
 }
 
 SimResult SimService::SimGetPhonebookStatus(platform::SimHandle sim, std::uint32_t storage,
                                             std::uint32_t& used, std::uint32_t& total) {
-  return OnCard(sim, storage == platform::kSimPhonebookStorageSim,
-                [&] { return session_.Read([&] { return session_.Book().Status(used, total); }); });
+  const auto outcome =
+      OnCard<Figures>(sim, storage == platform::kSimPhonebookStorageSim, [this](Figures& out) {
+        out.result = session_.Read([&] { return session_.Book().Status(out.used, out.total); });
+      });
+  return outcome.Tell(used, total);
 }
 
 SimResult SimService::SimWritePhonebookEntry(platform::SimHandle sim, std::uint32_t storage,
                                              std::uint32_t index,
                                              const platform::SimPhonebookEntry& entry) {
   if (entry.size != sizeof(entry)) return SimResult::kBadParameter;
-  return OnCard(sim, storage == platform::kSimPhonebookStorageSim, [&] {
+  const auto write = [this, index, entry](Outcome& out) {
     const bool international = (entry.params & platform::kSimEntryAddressType) != 0 &&
                                entry.addressType == platform::kAddressTypeInternational;
     const std::u16string_view address =
         (entry.params & platform::kSimEntryAddress) != 0 ? Text(entry.address) : u"";
     const std::u16string_view text =
         (entry.params & platform::kSimEntryText) != 0 ? Text(entry.text) : u"";
-    const WriteOutcome outcome = session_.ChangeEntry(index, [&](EntryWriter& writer) {
-      return writer.Write(index, text, address, international);
-    });
-    if (Succeeded(outcome.result)) NotifySim(platform::kSimNotifyPhonebookEntryStored, index);
-    return outcome.result;
-  });
+    out.result = session_
+                     .ChangeEntry(index,
+                                  [&](EntryWriter& writer) {
+                                    return writer.Write(index, text, address, international);
+                                  })
+                     .result;
+    if (Succeeded(out.result)) NotifySim(platform::kSimNotifyPhonebookEntryStored, index);
+  };
+  return OnCard<Outcome>(sim, storage == platform::kSimPhonebookStorageSim, write).result;
 }
 
 SimResult SimService::SimDeletePhonebookEntry(platform::SimHandle sim, std::uint32_t storage,
                                               std::uint32_t index) {
-  return OnCard(sim, storage == platform::kSimPhonebookStorageSim, [&] {
-    const WriteOutcome outcome =
+  const auto remove = [this, index](Outcome& out) {
+    const WriteOutcome written =
         session_.ChangeEntry(index, [&](EntryWriter& writer) { return writer.Delete(index); });
-    if (Succeeded(outcome.result) && outcome.changed) {
+    out.result = written.result;
+    if (Succeeded(out.result) && written.changed) {
       NotifySim(platform::kSimNotifyPhonebookEntryDeleted, index);
     }
-    return outcome.result;
-  });
+  };
+  return OnCard<Outcome>(sim, storage == platform::kSimPhonebookStorageSim, remove).result;
 }
 
 SimResult SimService::SimGetSmsStorageStatus(platform::SimHandle sim, std::uint32_t storage,
                                              std::uint32_t& used, std::uint32_t& total) {
-  return OnCard(sim, storage == platform::kSimSmsStorageSim, [&] {
-    return session_.Read([&] { return session_.Book().Messages(used, total); });
-  });
+  const auto outcome =
+      OnCard<Figures>(sim, storage == platform::kSimSmsStorageSim, [this](Figures& out) {
+        out.result = session_.Read([&] { return session_.Book().Messages(out.used, out.total); });
+      });
+  return outcome.Tell(used, total);
 }
 
-SimResult SimService::GetPinState(PinState& state) {
-  SimResult result = SimResult::kNotReady;
-  queue_.Run([&](bool cancelled) {
-    if (cancelled) return;
-    HeedEvents();
-    result = session_.GetPinState(state);
-  });
-  return result;
+// The lock.
+
+platform::CardLockState SimService::LockState(const PinState& pin) {
+  platform::CardLockState state;
+  state.blocked = pin.enabled && pin.blocked;
+  state.triesLeft = pin.triesLeft;
+  state.unblockTriesLeft = pin.unblockTriesLeft;
+  state.powerUp = session_.PowerUps();
+  if (pin.enabled && !pin.verified) {
+    // Another program may have opened the card, and some cards guard other things alone.
+    std::uint32_t used = 0;
+    std::uint32_t total = 0;
+    const SimResult read = session_.Read([&] { return session_.Book().Status(used, total); });
+    state.wanted = read == SimResult::kPinRequired || read == SimResult::kPukRequired;
+  }
+  return state;
 }
 
-SimResult SimService::VerifyPin(std::string_view code, bool evenTheLastTry, PinState& state) {
-  SimResult result = SimResult::kNotReady;
-  queue_.Run([&](bool cancelled) {
-    if (cancelled) return;
-    HeedEvents();
-    result = session_.VerifyPin(code, evenTheLastTry, state);
-    if (Succeeded(result)) NotifyRewritten();
+SimResult SimService::GetLockState(platform::CardLockState& state) {
+  struct Told {
+    SimResult result = SimResult::kNotReady;
+    platform::CardLockState state;
+  };
+  const auto told = OnCard<Told>([this](Told& out) {
+    PinState pin;
+    out.result = session_.GetPinState(pin);
+    if (Succeeded(out.result)) out.state = LockState(pin);
   });
-  return result;
+  if (Succeeded(told.result)) state = told.state;
+  return told.result;
+}
+
+platform::CardLockResult SimService::Present(
+    std::function<platform::CardLockResult(PinState& pin)> send, platform::CardLockState& after) {
+  struct Told {
+    CardLockResult result = CardLockResult::kFailed;
+    bool asked = false;
+    platform::CardLockState state;
+  };
+  const auto told = OnCard<Told>([this, send = std::move(send)](Told& out) {
+    PinState pin;
+    out.result = send(pin);
+    if (out.result == CardLockResult::kTaken) NotifyRewritten();
+    out.asked = out.result != CardLockResult::kNoCode && out.result != CardLockResult::kFailed;
+    if (out.asked) out.state = LockState(pin);
+  });
+  if (told.asked) after = told.state;
+  return told.result;
+}
+
+CardLockResult SimService::VerifyPin(std::string_view pin, platform::LastTry lastTry,
+                                     platform::CardLockState& after) {
+  const auto code = std::make_shared<CardCode>(pin);
+  return Present(
+      [this, code, lastTry](PinState& state) {
+        return session_.VerifyPin(code->Digits(), lastTry, state);
+      },
+      after);
+}
+
+CardLockResult SimService::UnblockPin(std::string_view unblockingCode, std::string_view newPin,
+                                      platform::LastTry lastTry, platform::CardLockState& after) {
+  const auto code = std::make_shared<CardCode>(unblockingCode);
+  const auto pin = std::make_shared<CardCode>(newPin);
+  return Present(
+      [this, code, pin, lastTry](PinState& state) {
+        return session_.UnblockPin(code->Digits(), pin->Digits(), lastTry, state);
+      },
+      after);
+}
+
+void SimService::ExpectCode() {
+  if (codeGuard_) codeGuard_();
+}
+
+void SimService::Abandon() {
+  files_.Stop();
+  queue_.Abandon();
 }
 
 // The radio interface.
@@ -290,6 +411,7 @@ std::int32_t SimService::RIL_Deinitialize(platform::RilHandle ril) {
     if (radioSessions_.count(ril) == 0) return -1;
   }
   queue_.Dismiss(ril, [this, ril] {
+    const MutexLock calls(callLock_);
     const MutexLock lock(lock_);
     radioSessions_.erase(ril);
   });
@@ -308,15 +430,18 @@ std::int32_t SimService::Command(platform::RilHandle ril, Operation operation) {
     id = nextCommand_;
     nextCommand_ = id == std::numeric_limits<std::int32_t>::max() ? 1 : id + 1;
   }
-  const bool posted = queue_.Post(ril, [this, session, id, operation](bool cancelled) {
+  const bool posted = queue_.Post(ril, [this, ril, session, id, operation](bool cancelled) {
     RadioAnswer answer;
     if (!cancelled) {
       HeedEvents();
       answer = operation();
     }
     if (session.result != nullptr) {
-      session.result(answer.code, id, answer.data.empty() ? nullptr : answer.data.data(),
-                     static_cast<std::uint32_t>(answer.data.size()), session.parameter);
+      CallOut([this, ril] { return HasRadioSession(ril); },
+              [&] {
+                session.result(answer.code, id, answer.data.empty() ? nullptr : answer.data.data(),
+                               static_cast<std::uint32_t>(answer.data.size()), session.parameter);
+              });
     }
     if (answer.ownNumbersChanged) {
       const std::int32_t changed = -1;

@@ -1,9 +1,12 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "device/card/apdu_files.h"
@@ -11,6 +14,7 @@
 #include "device/card/card_session.h"
 #include "device/card/radio_commands.h"
 #include "device/card/task_queue.h"
+#include "platform/card_lock.h"
 #include "platform/mutex.h"
 #include "platform/radio_interface.h"
 #include "platform/sim_interface.h"
@@ -19,7 +23,7 @@ namespace kelpin::device::card {
 
 // The SIM interface and the radio interface over one card, for any number of sessions. One thread
 // owns the card; results and notices come from it. The card is connected when it is first wanted,
-// and again after it was taken out or reset. No PIN is ever sent but by VerifyPin.
+// and again after it was taken out or reset. No PIN is ever sent but by VerifyPin and UnblockPin.
 //
 // Sessions are told of every entry that is stored or deleted through any of them. When the card was
 // put in, reset by somebody else or touched by another program, and when its PIN was verified,
@@ -29,6 +33,7 @@ namespace kelpin::device::card {
 // are still due are answered with an error.
 class SimService final : public platform::SimInterface,
                          public platform::RadioInterface,
+                         public platform::CardLock,
                          private CardChannelListener {
  public:
   explicit SimService(CardChannel& channel);
@@ -64,10 +69,23 @@ class SimService final : public platform::SimInterface,
   std::int32_t RIL_DevSpecific(platform::RilHandle ril, const void* block,
                                std::uint32_t size) override;
 
-  // The PIN that guards the phone book. Both block until the card answers; any thread.
-  platform::SimResult GetPinState(PinState& state);
-  // Sends `code` once. With one try left nothing is sent (kPinRequired) unless `evenTheLastTry`.
-  platform::SimResult VerifyPin(std::string_view code, bool evenTheLastTry, PinState& state);
+  platform::SimResult GetLockState(platform::CardLockState& state) override;
+  platform::CardLockResult VerifyPin(std::string_view pin, platform::LastTry lastTry,
+                                     platform::CardLockState& after) override;
+  platform::CardLockResult UnblockPin(std::string_view unblockingCode, std::string_view newPin,
+                                      platform::LastTry lastTry,
+                                      platform::CardLockState& after) override;
+  void ExpectCode() override;
+  // What ExpectCode does; before any session is open.
+  void SetCodeGuard(std::function<void()> guard) { codeGuard_ = std::move(guard); }
+
+  // The program ends: calls that wait for the card, and later ones, answer kNotReady at once;
+  // nothing is begun any more, and an update that is under way goes on. Any thread.
+  void Abandon();
+  // True when the card's thread is at rest; waits for that. Any thread.
+  bool WaitForRest(std::chrono::milliseconds patience) { return queue_.WaitUntilIdle(patience); }
+  // An update is under way. Any thread.
+  bool Changing() const { return session_.Changing(); }
 
  private:
   struct SimSession {
@@ -88,15 +106,27 @@ class SimService final : public platform::SimInterface,
   void CardTouched() override;
 
   bool HasSimSession(platform::SimHandle sim) EXCLUDES(lock_);
-  // Runs `operation` on the card's thread when the handle is open and the storage is the right one.
-  template <typename Operation>
-  platform::SimResult OnCard(platform::SimHandle sim, bool storageFits, Operation operation);
+  bool HasRadioSession(platform::RilHandle ril) EXCLUDES(lock_);
+  // Runs `operation` on the card's thread, on an outcome of its own, and returns that. What it uses
+  // it owns: when the service is abandoned meanwhile, it goes on without its caller.
+  template <typename Outcome>
+  Outcome OnCard(std::function<void(Outcome& outcome)> operation);
+  // The same for a caller whose handle has to be open.
+  template <typename Outcome>
+  Outcome OnCard(platform::SimHandle sim, bool storageFits,
+                 std::function<void(Outcome& outcome)> operation);
   // Posts a radio command: its id, or a negative value.
   template <typename Operation>
   std::int32_t Command(platform::RilHandle ril, Operation operation) EXCLUDES(lock_);
 
   // The rest runs on the card's thread.
   void HeedEvents();
+  // Calls out of the service, unless the session was closed meanwhile.
+  void CallOut(const std::function<bool()>& open,
+               const std::function<void()>& call) NO_THREAD_SAFETY_ANALYSIS;
+  platform::CardLockState LockState(const PinState& pin);
+  platform::CardLockResult Present(std::function<platform::CardLockResult(PinState& pin)> send,
+                                   platform::CardLockState& after);
   void NotifySim(std::uint32_t code, std::uint32_t location) EXCLUDES(lock_);
   void NotifyRadio(std::uint32_t code, const void* data, std::uint32_t size) EXCLUDES(lock_);
   void NotifyReady(bool ready);
@@ -112,6 +142,10 @@ class SimService final : public platform::SimInterface,
   std::atomic<bool> lost_ = false;
   std::atomic<bool> touched_ = false;
   bool changedByOthers_ = false;  // the card's thread alone
+  int callsOut_ = 0;              // the same: calls under way, one within the other
+
+  Mutex callLock_;  // held by the card's thread while it calls out, and to close a session
+  std::function<void()> codeGuard_;
 
   Mutex lock_;
   std::map<platform::SimHandle, SimSession> simSessions_ GUARDED_BY(lock_);

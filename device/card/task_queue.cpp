@@ -1,6 +1,7 @@
 #include "device/card/task_queue.h"
 
 #include <iterator>
+#include <memory>
 #include <utility>
 
 namespace kelpin::device::card {
@@ -25,39 +26,40 @@ bool TaskQueue::Post(std::uint32_t owner, Task task) {
   {
     const MutexLock lock(lock_);
     if (ending_) return false;
-    waiting_.push_back({owner, false, std::move(task)});
+    waiting_.push_back({owner, abandoned_, std::move(task)});
   }
   posted_.notify_one();
   return true;
 }
 
-void TaskQueue::WaitFor(const bool& done) {
+bool TaskQueue::WaitFor(const bool& done) {
   const MutexLock lock(lock_);
-  while (!done) finished_.wait(lock_);
+  while (!done && !abandoned_) finished_.wait(lock_);
+  return done;
 }
 
-void TaskQueue::Run(Task task) {
+bool TaskQueue::Run(Task task) {
   if (OnThread()) {
     task(false);
-    return;
+    return true;
   }
-  bool done = false;
-  const auto whole = [this, &task, &done](bool cancelled) {
+  struct Outcome {
+    bool done = false;
+    bool worked = false;
+  };
+  const auto outcome = std::make_shared<Outcome>();
+  const bool posted = Post(0, [this, task = std::move(task), outcome](bool cancelled) {
     task(cancelled);
     const MutexLock lock(lock_);
-    done = true;
-    // Under the lock: `done` is gone as soon as the other thread may go on.
+    *outcome = {true, !cancelled};
     finished_.notify_all();
-  };
-  if (!Post(0, whole)) {
-    task(true);
-    return;
-  }
-  WaitFor(done);
+  });
+  return posted && WaitFor(outcome->done) && outcome->worked;
 }
 
 void TaskQueue::Dismiss(std::uint32_t owner, std::function<void()> last) {
-  bool done = false;
+  const auto done = std::make_shared<bool>(false);
+  bool abandoned = false;
   {
     const MutexLock lock(lock_);
     std::deque<Entry> own;
@@ -65,19 +67,43 @@ void TaskQueue::Dismiss(std::uint32_t owner, std::function<void()> last) {
     for (Entry& entry : waiting_) {
       (entry.owner == owner ? own : others).push_back(std::move(entry));
     }
-    for (Entry& entry : own) entry.cancelled = true;
-    own.push_back({0, false, [this, &last, &done](bool) {
-                     last();
-                     const MutexLock inner(lock_);
-                     done = true;
-                     finished_.notify_all();
-                   }});
+    abandoned = abandoned_;
+    if (abandoned) {
+      own.clear();
+    } else {
+      for (Entry& entry : own) entry.cancelled = true;
+      own.push_back({0, false, [this, last, done](bool) {
+                       last();
+                       const MutexLock inner(lock_);
+                       *done = true;
+                       finished_.notify_all();
+                     }});
+    }
     own.insert(own.end(), std::make_move_iterator(others.begin()),
                std::make_move_iterator(others.end()));
     waiting_ = std::move(own);
   }
   posted_.notify_one();
-  WaitFor(done);
+  if (abandoned || !WaitFor(*done)) last();
+}
+
+void TaskQueue::Abandon() {
+  const MutexLock lock(lock_);
+  abandoned_ = true;
+  for (Entry& entry : waiting_) entry.cancelled = true;
+  posted_.notify_all();
+  finished_.notify_all();
+}
+
+bool TaskQueue::WaitUntilIdle(std::chrono::milliseconds patience) {
+  const auto deadline = std::chrono::steady_clock::now() + patience;
+  const MutexLock lock(lock_);
+  while (working_ || !waiting_.empty()) {
+    if (finished_.wait_until(lock_, deadline) == std::cv_status::timeout) {
+      return !working_ && waiting_.empty();
+    }
+  }
+  return true;
 }
 
 void TaskQueue::Work() {
@@ -85,10 +111,13 @@ void TaskQueue::Work() {
     Entry entry;
     {
       const MutexLock lock(lock_);
+      working_ = false;
+      finished_.notify_all();
       while (waiting_.empty() && !ending_) posted_.wait(lock_);
       if (waiting_.empty()) return;
       entry = std::move(waiting_.front());
       waiting_.pop_front();
+      working_ = true;
     }
     entry.task(entry.cancelled);
   }

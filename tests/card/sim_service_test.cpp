@@ -297,15 +297,16 @@ TEST(SimService, AVerifiedPinOpensThePhoneBook) {
     SoftCard card(name, WantPin);
     SimService service(card.Channel());
     SimClient sim(service);
-    PinState pin;
-    ASSERT_EQ(service.GetPinState(pin), SimResult::kOk);
-    EXPECT_TRUE(pin.enabled);
-    EXPECT_FALSE(pin.verified);
-    EXPECT_EQ(pin.triesLeft, 3);
-    EXPECT_EQ(service.VerifyPin("4321", false, pin), SimResult::kIncorrectPassword);
-    EXPECT_EQ(pin.triesLeft, 2);
-    EXPECT_EQ(service.VerifyPin("1234", false, pin), SimResult::kOk);
-    EXPECT_TRUE(pin.verified);
+    platform::CardLockState lock;
+    ASSERT_EQ(service.GetLockState(lock), SimResult::kOk);
+    EXPECT_TRUE(lock.wanted);
+    EXPECT_EQ(lock.triesLeft, 3);
+    EXPECT_EQ(service.VerifyPin("4321", platform::LastTry::kKeep, lock),
+              platform::CardLockResult::kRefused);
+    EXPECT_EQ(lock.triesLeft, 2);
+    EXPECT_EQ(service.VerifyPin("1234", platform::LastTry::kKeep, lock),
+              platform::CardLockResult::kTaken);
+    EXPECT_FALSE(lock.wanted);
     std::uint32_t used = 0;
     std::uint32_t total = 0;
     EXPECT_EQ(sim.Status(used, total), SimResult::kOk);
@@ -319,11 +320,13 @@ TEST(SimService, TheLastTryIsNotSpentUnasked) {
     image["pins"]["pin1"]["tries"] = 1;
   });
   SimService service(card.Channel());
-  PinState pin;
-  EXPECT_EQ(service.VerifyPin("4321", false, pin), SimResult::kPinRequired);
-  EXPECT_EQ(pin.triesLeft, 1);
+  platform::CardLockState lock;
+  EXPECT_EQ(service.VerifyPin("4321", platform::LastTry::kKeep, lock),
+            platform::CardLockResult::kLastTry);
+  EXPECT_EQ(lock.triesLeft, 1);
   EXPECT_EQ(card.Image()["pins"]["pin1"]["tries"], 1);
-  EXPECT_EQ(service.VerifyPin("4321", true, pin), SimResult::kPukRequired);
+  EXPECT_EQ(service.VerifyPin("4321", platform::LastTry::kRisk, lock),
+            platform::CardLockResult::kBlocked);
   SimClient sim(service);
   std::uint32_t used = 0;
   std::uint32_t total = 0;

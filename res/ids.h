@@ -215,9 +215,11 @@ inline constexpr int kTextCopyFromSimStopped = 1065;        // %d done, %d in al
 inline constexpr int kTextCopyFromSimCloseQuestion = 1066;  // the same
 inline constexpr int kTextSimEntriesKept = 1067;            // %d entries
 inline constexpr int kTextServiceCodeQuestion = 1068;       // %s the number
+inline constexpr int kTextNoNamedGroups = 1069;
+inline constexpr int kTextNoNamedGroupsHint = 1070;
 
 inline constexpr int kTextFirst = 1001;
-inline constexpr int kTextLast = 1068;
+inline constexpr int kTextLast = 1070;
 
 // Dialogs.
 inline constexpr int kDialogGroupPicker = 103;

@@ -268,6 +268,8 @@ inline constexpr StringEntry kTexts[] = {
     {kTextServiceCodeQuestion,
      u"Dial %s?\n\nIt may be a service code, which can change settings of your phone or your "
      u"line."},
+    {kTextNoNamedGroups, u"None of the card's groups has a name yet"},
+    {kTextNoNamedGroupsHint, u"Name one with Menu, Tools, Group Name."},
 };
 
 // One text per id from `first` to `last`, empty where the table has none.

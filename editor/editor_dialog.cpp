@@ -1,0 +1,43 @@
+#include "editor/editor_dialog.h"
+
+#include <string_view>
+
+#include "app/app_state.h"
+#include "app/sim_error.h"
+#include "res/menus.h"
+#include "res/templates.h"
+
+namespace kelpin::editor {
+namespace {
+
+constexpr std::u16string_view kHelpProgram = u"peghelp";
+constexpr std::u16string_view kHelpFile = u"Kelpin.htm";
+
+}  // namespace
+
+void RunDialog(app::AppState& state, int dialog, ui::WindowHandle owner,
+               ui::DialogHandler& handler) {
+  if (const ui::DialogTemplate* const resource = res::FindDialog(dialog)) {
+    state.ports.screen.DialogBox(*resource, owner, handler);
+  }
+}
+
+void SetUpDialog(app::AppState& state, ui::Dialog& dialog, int bar, bool inputPanelDown) {
+  dialog.SetFullScreen(true, inputPanelDown);
+  dialog.SetTitle(state.appTitle);
+  if (const ui::MenuBarTemplate* const resource = res::FindMenuBar(bar)) {
+    dialog.CreateMenuBar(*resource);
+  }
+}
+
+bool CardAnswers(app::AppState& state, ui::Dialog& dialog) {
+  const platform::SimResult result = state.simPhonebook.ReadCaps();
+  app::ShowSimError(state.ports.screen, dialog.Handle(), result);
+  return Succeeded(result);
+}
+
+void ShowHelp(app::AppState& state) {
+  state.ports.programs.StartProgram(kHelpProgram, kHelpFile);
+}
+
+}  // namespace kelpin::editor

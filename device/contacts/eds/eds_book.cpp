@@ -1,0 +1,309 @@
+#include "device/contacts/eds/eds_book.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+#include <utility>
+
+#include "device/contacts/eds/card_fields.h"
+
+namespace kelpin::device::contacts {
+
+using platform::ComResult;
+
+namespace {
+
+// As long as it takes; every other value waits that long in a program without a running main loop.
+constexpr guint32 kNoWaitForConnection = std::numeric_limits<guint32>::max();
+constexpr int kConflictPatience = 5;  // saves in a row that others may be faster with
+
+ComResult ResultOf(const ErrorHolder& error) {
+  return g_error_matches(error.taken, E_BOOK_CLIENT_ERROR, E_BOOK_CLIENT_ERROR_CONTACT_NOT_FOUND)
+             ? ComResult::kNotFound
+             : ComResult::kFail;
+}
+
+bool IsConflict(const ErrorHolder& error) {
+  return g_error_matches(error.taken, E_CLIENT_ERROR, E_CLIENT_ERROR_OUT_OF_SYNC);
+}
+
+// The address books there are, for a message.
+std::string BookList(ESourceRegistry* registry) {
+  std::string list;
+  GList* const sources = e_source_registry_list_enabled(registry, E_SOURCE_EXTENSION_ADDRESS_BOOK);
+  for (ESource* source : Each<ESource>(sources)) {
+    list += (list.empty() ? "" : ", ") + std::string(e_source_get_uid(source)) + " (" +
+            e_source_get_display_name(source) + ")";
+  }
+  g_list_free_full(sources, g_object_unref);
+  return list;
+}
+
+ObjectPointer<ESource> FindBook(ESourceRegistry* registry, const std::string& book) {
+  if (book.empty()) {
+    return ObjectPointer<ESource>(e_source_registry_ref_default_address_book(registry));
+  }
+  ObjectPointer<ESource> found;
+  GList* const sources = e_source_registry_list_enabled(registry, E_SOURCE_EXTENSION_ADDRESS_BOOK);
+  // A uid before a name.
+  for (const bool byUid : {true, false}) {
+    for (ESource* source : Each<ESource>(sources)) {
+      const char* const text = byUid ? e_source_get_uid(source) : e_source_get_display_name(source);
+      if (found == nullptr && book == text) {
+        found.reset(static_cast<ESource*>(g_object_ref(source)));
+      }
+    }
+  }
+  g_list_free_full(sources, g_object_unref);
+  return found;
+}
+
+// The server compares without letter case and accents, and loses some blanks.
+bool MayBeMissed(std::string_view text) {
+  bool blankBefore = true;
+  for (const char letter : text) {
+    const auto byte = static_cast<unsigned char>(letter);
+    const bool blank = byte == ' ';
+    if ((blank && blankBefore) || byte < 0x20 || byte == 0x7F) {
+      return true;
+    }
+    blankBefore = blank;
+  }
+  return blankBefore;
+}
+
+std::string QueryText(EBookQuery* query) {
+  const TextPointer text(e_book_query_to_string(query));
+  e_book_query_unref(query);
+  return text.get();
+}
+
+// What may have the File-As; names stand in for one that is missing.
+std::string FileAsQuery(const std::string& fileAs) {
+  return QueryText(e_book_query_orv(
+      e_book_query_field_test(E_CONTACT_FILE_AS, E_BOOK_QUERY_IS, fileAs.c_str()),
+      e_book_query_field_test(E_CONTACT_FULL_NAME, E_BOOK_QUERY_IS, fileAs.c_str()), nullptr));
+}
+
+}  // namespace
+
+std::shared_ptr<EdsBook> EdsBook::Open(const std::string& book, std::shared_ptr<EdsShared> shared,
+                                       std::string& why) {
+  ErrorHolder error;
+  const ObjectPointer<ESourceRegistry> registry(e_source_registry_new_sync(nullptr, &error.taken));
+  if (registry == nullptr) {
+    why = std::string("the Evolution Data Server cannot be reached: ") + error.Message() +
+          ". Is evolution-data-server installed, and is this a desktop session?";
+    return nullptr;
+  }
+  const ObjectPointer<ESource> source = FindBook(registry.get(), book);
+  if (source == nullptr) {
+    why = "no address book \"" + book + "\"; there are: " + BookList(registry.get());
+    return nullptr;
+  }
+  ObjectPointer<EBookClient> client(reinterpret_cast<EBookClient*>(
+      e_book_client_connect_sync(source.get(), kNoWaitForConnection, nullptr, &error.taken)));
+  if (client == nullptr) {
+    why = std::string("the address book ") + e_source_get_display_name(source.get()) +
+          " cannot be opened: " + error.Message();
+    return nullptr;
+  }
+  return std::make_shared<EdsBook>(std::move(client), std::move(shared));
+}
+
+ComResult EdsBook::Numbers(std::vector<std::int32_t>& numbers) {
+  ErrorHolder error;
+  GSList* uids = nullptr;
+  const std::uint32_t membership = shared_->membership;
+  if (!e_book_client_get_contacts_uids_sync(client_.get(), "", &uids, nullptr, &error.taken)) {
+    return ComResult::kFail;
+  }
+  numbers.clear();
+  for (const gchar* uid : Each<gchar>(uids)) {
+    numbers.push_back(shared_->numbers.NumberOf(uid));
+  }
+  g_slist_free_full(uids, g_free);
+  std::sort(numbers.begin(), numbers.end());
+  known_ = numbers;
+  knownAt_ = membership;
+  return ComResult::kOk;
+}
+
+ComResult EdsBook::Fetch(std::int32_t number, ObjectPointer<EContact>& contact) {
+  const std::string uid = shared_->numbers.UidOf(number);
+  if (uid.empty()) {
+    return ComResult::kNotFound;
+  }
+  ErrorHolder error;
+  EContact* found = nullptr;
+  if (!e_book_client_get_contact_sync(client_.get(), uid.c_str(), &found, nullptr, &error.taken)) {
+    return ResultOf(error);
+  }
+  contact.reset(found);
+  return ComResult::kOk;
+}
+
+bool EdsBook::Query(const std::string& query, std::vector<ObjectPointer<EContact>>& contacts) {
+  ErrorHolder error;
+  GSList* found = nullptr;
+  if (!e_book_client_get_contacts_sync(client_.get(), query.c_str(), &found, nullptr,
+                                       &error.taken)) {
+    return false;
+  }
+  for (EContact* contact : Each<EContact>(found)) {
+    contacts.emplace_back(contact);
+  }
+  g_slist_free(found);
+  return true;
+}
+
+ComResult EdsBook::Read(std::span<const std::int32_t> numbers,
+                        std::vector<std::optional<ContactRecord>>& records) {
+  records.assign(numbers.size(), std::nullopt);
+  if (numbers.size() == 1) {
+    ObjectPointer<EContact> contact;
+    const ComResult result = Fetch(numbers.front(), contact);
+    if (result == ComResult::kOk) {
+      records.front() = ReadCard(E_VCARD(contact.get()));
+    }
+    return result == ComResult::kNotFound ? ComResult::kOk : result;
+  }
+  std::vector<EBookQuery*> wanted;
+  for (const std::int32_t number : numbers) {
+    wanted.push_back(e_book_query_field_test(E_CONTACT_UID, E_BOOK_QUERY_IS,
+                                             shared_->numbers.UidOf(number).c_str()));
+  }
+  std::vector<ObjectPointer<EContact>> contacts;
+  if (wanted.empty() ||
+      !Query(QueryText(e_book_query_or(static_cast<int>(wanted.size()), wanted.data(), TRUE)),
+             contacts)) {
+    return wanted.empty() ? ComResult::kOk : ComResult::kFail;
+  }
+  for (const ObjectPointer<EContact>& contact : contacts) {
+    const std::int32_t number = shared_->numbers.NumberOf(
+        static_cast<const gchar*>(e_contact_get_const(contact.get(), E_CONTACT_UID)));
+    const auto place = std::lower_bound(numbers.begin(), numbers.end(), number);
+    if (place != numbers.end() && *place == number) {
+      records[static_cast<std::size_t>(place - numbers.begin())] = ReadCard(E_VCARD(contact.get()));
+    }
+  }
+  return ComResult::kOk;
+}
+
+ComResult EdsBook::Exists(std::int32_t number) {
+  ObjectPointer<EContact> contact;
+  return Fetch(number, contact);
+}
+
+ComResult EdsBook::CompanyPhone(std::int32_t number, std::string& phone) {
+  ObjectPointer<EContact> contact;
+  const ComResult result = Fetch(number, contact);
+  if (Succeeded(result)) {
+    phone = ReadCard(E_VCARD(contact.get()))[kCompanyPhoneText];
+  }
+  return result;
+}
+
+// The lowest number of those whose File-As it is; 0 when there is none.
+std::int32_t EdsBook::LowestMatch(const std::vector<ObjectPointer<EContact>>& contacts,
+                                  std::string_view fileAs) {
+  std::int32_t lowest = 0;
+  for (const ObjectPointer<EContact>& contact : contacts) {
+    if (ReadCard(E_VCARD(contact.get()))[TextIndex(platform::ContactProperty::kFileAs)] != fileAs) {
+      continue;
+    }
+    const std::int32_t number = shared_->numbers.NumberOf(
+        static_cast<const gchar*>(e_contact_get_const(contact.get(), E_CONTACT_UID)));
+    lowest = lowest == 0 ? number : std::min(lowest, number);
+  }
+  return lowest;
+}
+
+ComResult EdsBook::PositionOf(std::int32_t number, std::int32_t& position) {
+  if (knownAt_ != shared_->membership.load() ||
+      !std::binary_search(known_.begin(), known_.end(), number)) {
+    std::vector<std::int32_t> numbers;
+    const ComResult result = Numbers(numbers);
+    if (!Succeeded(result)) {
+      return result;
+    }
+  }
+  const auto end = std::upper_bound(known_.begin(), known_.end(), number);
+  position = static_cast<std::int32_t>(end - known_.begin());
+  return ComResult::kOk;
+}
+
+ComResult EdsBook::Find(std::string_view fileAs, std::int32_t& number, std::int32_t& position) {
+  std::vector<ObjectPointer<EContact>> contacts;
+  const std::string query = MayBeMissed(fileAs) ? "" : FileAsQuery(std::string(fileAs));
+  if (!Query(query, contacts)) {
+    return ComResult::kFail;
+  }
+  const std::int32_t found = LowestMatch(contacts, fileAs);
+  if (found == 0) {
+    return ComResult::kFalse;
+  }
+  const ComResult result = PositionOf(found, position);
+  if (Succeeded(result)) {
+    number = found;
+  }
+  return result;
+}
+
+ComResult EdsBook::Add(const ContactRecord& record, std::int32_t& number) {
+  const ObjectPointer<EContact> contact(e_contact_new());
+  ContactTextSet all;
+  WriteCard(E_VCARD(contact.get()), record, all.set());
+  ErrorHolder error;
+  gchar* uid = nullptr;
+  if (!e_book_client_add_contact_sync(client_.get(), contact.get(), E_BOOK_OPERATION_FLAG_NONE,
+                                      &uid, nullptr, &error.taken)) {
+    return ComResult::kFail;
+  }
+  const TextPointer added(uid);
+  number = shared_->numbers.NumberOf(added.get());
+  ++shared_->membership;
+  ++shared_->changes;
+  return ComResult::kOk;
+}
+
+ComResult EdsBook::Change(std::int32_t number, const ContactRecord& record,
+                          const ContactTextSet& changed) {
+  for (int attempt = 1;; ++attempt) {
+    ObjectPointer<EContact> contact;
+    const ComResult result = Fetch(number, contact);
+    if (!Succeeded(result) || changed.none()) {
+      return result;
+    }
+    WriteCard(E_VCARD(contact.get()), record, changed);
+    ErrorHolder error;
+    if (e_book_client_modify_contact_sync(client_.get(), contact.get(),
+                                          E_BOOK_OPERATION_FLAG_CONFLICT_FAIL, nullptr,
+                                          &error.taken)) {
+      ++shared_->changes;
+      return ComResult::kOk;
+    }
+    if (!IsConflict(error) || attempt == kConflictPatience) {
+      return ResultOf(error);
+    }
+  }
+}
+
+ComResult EdsBook::Delete(std::int32_t number) {
+  // The server is content when there is nothing to delete.
+  const ComResult result = Exists(number);
+  if (!Succeeded(result)) {
+    return result;
+  }
+  ErrorHolder error;
+  if (!e_book_client_remove_contact_by_uid_sync(
+          client_.get(), shared_->numbers.UidOf(number).c_str(), E_BOOK_OPERATION_FLAG_NONE,
+          nullptr, &error.taken)) {
+    return ResultOf(error);
+  }
+  ++shared_->membership;
+  ++shared_->changes;
+  return ComResult::kOk;
+}
+
+}  // namespace kelpin::device::contacts

@@ -9,13 +9,11 @@
 #include <QString>
 #include <QtGlobal>
 #include <atomic>
-#include <charconv>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -28,8 +26,6 @@
 #include <vector>
 
 #include "app/app_state.h"
-#include "app/card_opening.h"
-#include "app/secret_code.h"
 #include "app/start_up.h"
 #include "device/card/card_channel.h"
 #include "device/card/card_devices.h"
@@ -39,7 +35,6 @@
 #include "device/desktop/desktop_programs.h"
 #include "device/desktop/desktop_telephone.h"
 #include "device/desktop/run_folder.h"
-#include "device/desktop/secrets.h"
 #include "device/desktop/spdlog_log.h"
 #include "device/desktop/steady_clock.h"
 #include "device/desktop/utf8.h"
@@ -70,9 +65,6 @@ using namespace kelpin::device;
 constexpr int kExitFailure = 1;
 constexpr int kExitUsage = 2;
 constexpr std::uint32_t kStartPatience = 5000;  // milliseconds
-// How long the end waits for a card that is read, and for one that is written to.
-constexpr std::chrono::milliseconds kReadPatience(500);
-constexpr std::chrono::milliseconds kUpdatePatience(5000);
 
 struct Options {
   std::string sim;
@@ -81,7 +73,6 @@ struct Options {
   std::string platform = "pocketpc";
   std::string screenshot;
   bool demo = false;
-  int pinDescriptor = -1;  // where a script gives the card's PIN; -1: nowhere
 };
 
 // A way to what the program needs, on the command line "NAME" or "NAME:ARGUMENT".
@@ -222,16 +213,6 @@ std::string CheckContacts(const std::string& text) {
 
 std::string CheckNotEmpty(const std::string& text) {
   return text.empty() ? "the name of a file is wanted" : "";
-}
-
-// Empty when the text names an open file descriptor.
-std::string CheckDescriptor(const std::string& text) {
-  int descriptor = -1;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), descriptor);
-  const bool number = error == std::errc() && end == text.data() + text.size();
-  return number && descriptor >= 0 && fcntl(descriptor, F_GETFD) >= 0
-             ? ""
-             : text + " is no open file descriptor";
 }
 
 // Copies a card image that is part of the program to `file`.
@@ -453,35 +434,6 @@ qt::QtScreen::BoxListener PrintBoxes(std::atomic<bool>& failed) {
   };
 }
 
-// The PIN that a script gives. False when what it gives is none.
-bool ReadGivenPin(int descriptor, app::SecretCode& pin) {
-  desktop::KeepMemoryPrivate();
-  char line[app::SecretCode::kLongest + 1] = {};
-  const std::size_t size = desktop::ReadSecretLine(descriptor, line);
-  const bool fits = pin.Set(std::string_view(line, size), 4);
-  explicit_bzero(line, sizeof line);
-  return fits;
-}
-
-// The card at rest, so that the program may go. A card that does not answer is left behind: what it
-// was doing is told, and nothing of this process is needed any more.
-void LeaveCard(card::SimService& card, platform::Log& log, int code) {
-  const auto start = std::chrono::steady_clock::now();
-  do {
-    if (card.WaitForRest(kReadPatience)) {
-      return;
-    }
-  } while (card.Changing() && std::chrono::steady_clock::now() - start < kUpdatePatience);
-  const bool changing = card.Changing();
-  std::cerr << "kelpin: the card has not answered"
-            << (changing ? "; an entry was being written: look whether it is as it should be" : "")
-            << std::endl;
-  log.DebugOutput(changing ? u"[KELPIN]:left a card that has not answered an update.\r\n"
-                           : u"[KELPIN]:left a card that has not answered.\r\n");
-  std::fflush(nullptr);
-  std::_Exit(code);
-}
-
 int Start(const Options& options, char* programName, SteadyTime start) {
   // The options are ours alone: some of them mean something else to the toolkit.
   int argc = 1;
@@ -511,10 +463,6 @@ int Start(const Options& options, char* programName, SteadyTime start) {
   std::string why;
   if (!desktop::MakePrivateFolder(folders.runtime, why)) {
     return fail(why);
-  }
-  app::SecretCode pin;
-  if (options.pinDescriptor >= 0 && !ReadGivenPin(options.pinDescriptor, pin)) {
-    std::cerr << "kelpin: --pin-fd gives no PIN; one has 4 to 8 digits\n";
   }
   turn.Wait(folders.runtime, kStartPatience);
   if (RaiseRunningCopy(screen)) {
@@ -589,10 +537,6 @@ int main(int argc, char** argv) {
       ->type_name("FILE");
   bool listReaders = false;
   cli.add_flag("--list-readers", listReaders, "Print the card readers and end");
-  cli.add_option("--pin-fd", options.pinDescriptor,
-                 "The file descriptor from which the card's PIN is read, once, up to a line's end")
-      ->check(CheckDescriptor)
-      ->type_name("N");
   cli.set_version_flag("--version", "Kelpin 6.80");
   try {
     cli.parse(argc, argv);

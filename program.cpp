@@ -37,6 +37,7 @@ int RunProgram(const app::Ports& ports, const ProgramHooks& hooks,
                const app::EntryArguments& arguments) {
   app::Wiring wiring;
   wiring.listLoaded = hooks.listLoaded;
+  wiring.closing = hooks.closing;
   wiring.fillCommands = FillCommands;
   wiring.loadLayout = app::LoadExtendedLayout;
   wiring.startWatchers = [](app::AppState& state, app::Commands& commands, app::ListLoader&) {

@@ -11,6 +11,8 @@ namespace kelpin {
 struct ProgramHooks {
   // After every load of the main list, on the load's thread.
   std::function<void(app::AppState& state)> listLoaded;
+  // When the program ends, before it closes the card.
+  std::function<void()> closing;
 };
 
 // The program on a device: its main dialog with every command it has. Returns the exit code.

@@ -65,6 +65,8 @@ struct AppState {
   std::atomic<bool> headerUpdating = false;
 
   // The card.
+  std::atomic<bool> cardChanged = false;           // the next reading is the card's wish
+  std::atomic<std::uint32_t> declinedPowerUp = 0;  // when the user would not unlock it; 0: never
   sim::SimPhonebook simPhonebook;
   sim::RilClient radio;               // told of what happens; reads the list and the header
   sim::RilExtPhonebook extPhonebook;  // told of nothing; for the extended fields

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "app/app_state.h"
+#include "app/card_unlock.h"
 #include "app/commands.h"
 #include "app/list_turn.h"
 #include "app/own_number_header.h"
@@ -101,6 +102,7 @@ int ListLoader::StartLoad() {
 }
 
 void ListLoader::Refresh() {
+  UnlockForReading(state_, !state_.cardChanged.exchange(false));
   const SimResult result = state_.simPhonebook.ReadStatus();
   if (!Succeeded(result)) {
     ShowSimError(state_.ports.screen, state_.mainDialog, result);

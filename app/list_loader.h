@@ -22,7 +22,8 @@ class ListLoader {
 
   // 1 when a thread was made for it, else 0; then the list says that it was not read.
   int StartLoad();
-  // Reads the whole list again, if the card is ready. Screen thread.
+  // Reads the whole list again, if the card is ready; a card that is locked is asked to be opened
+  // first. Screen thread.
   void Refresh();
   // A load was asked for and has not begun. Any thread.
   bool IsWaiting() const { return queued_; }

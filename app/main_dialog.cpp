@@ -247,6 +247,9 @@ void MainDialog::OnClose(ui::Dialog& dialog) {
 void MainDialog::OnDestroy(ui::Dialog& dialog) {
   state_.closing = true;
   EndListTurns(state_);
+  if (wiring_.closing) {
+    wiring_.closing();
+  }
   CloseSessions();
   if (ui::ListView* const list = dialog.List(res::kMainList)) {
     list->SetKeyFilter(nullptr);

@@ -155,6 +155,7 @@ void WatchOwnNumbers(AppState& state) {
 
 void WatchPhonebook(AppState& state) {
   while (state.radio.WaitPhonebook() == WaitResult::kSignaled) {
+    state.cardChanged = true;
     state.dialog->PostCommand(res::kCommandRefresh);
   }
 }

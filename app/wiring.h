@@ -16,6 +16,8 @@ struct Wiring {
   std::function<void(AppState& state)> loadLayout;
   // After every load, on the load's thread, when the list is shown again.
   std::function<void(AppState& state)> listLoaded;
+  // When the main dialog ends, before it closes the card: nobody waits for that any more.
+  std::function<void()> closing;
   // Starts the threads that keep the list in step with the card. Once, after the first load was
   // started; screen thread.
   std::function<void(AppState& state, Commands& commands, ListLoader& loader)> startWatchers;

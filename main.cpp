@@ -475,7 +475,14 @@ int Start(const Options& options, char* programName, SteadyTime start) {
   card::SimService card(*device.channel);
   card::CardDevices devices;
   qt::QtShell shell(options.platform == "smartphone" ? u"Smartphone" : u"PocketPC");
-  desktop::DesktopPrograms programs(desktop::DataFolders(desktop::ProgramFolder()));
+  desktop::DesktopPrograms programs(
+      {.dataFolders = desktop::DataFolders(desktop::ProgramFolder()),
+       .helpSection = [&screen] { return screen.HelpSection(); },
+       .helpFailed =
+           [&screen](const std::string& reason) {
+             screen.MessageBox(0, QString::fromStdString(reason).toStdU16String(), u"Kelpin",
+                               ui::kBoxNotice);
+           }});
   desktop::DesktopTelephone telephone;
   desktop::SteadyClock clock;
 

@@ -1,33 +1,46 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "device/desktop/message_address.h"
 #include "platform/programs.h"
 
 namespace kelpin::device::desktop {
 
 // Other programs by way of the desktop's opener. The help viewer "peghelp" becomes the user's
-// browser on the help file; other programs of a phone are not known here.
+// browser on the help file, the messaging programs and the composer library become what opens sms:,
+// mailto: and mmsto: addresses; other programs of a phone are not known here. No shell is involved.
 class DesktopPrograms final : public platform::Programs {
  public:
-  // Help files are looked for in "help" below each of the folders, in order.
-  explicit DesktopPrograms(std::vector<std::filesystem::path> dataFolders,
-                           std::string opener = "xdg-open")
-      : dataFolders_(std::move(dataFolders)), opener_(std::move(opener)) {}
+  struct Options {
+    // The help is in "help" below the first that has it.
+    std::vector<std::filesystem::path> dataFolders = {};
+    std::string opener = "xdg-open";
+    std::string mimeTool = "xdg-mime";  // knows whether a scheme has an opener
+    // Where in the help the user is; empty is its start. May be empty itself.
+    std::function<std::u16string()> helpSection = nullptr;
+    // Told, as UTF-8, why the help cannot be shown. May be empty.
+    std::function<void(const std::string& why)> helpFailed = nullptr;
+  };
+
+  explicit DesktopPrograms(Options options) : options_(std::move(options)) {}
 
   int StartProgram(std::u16string_view program, std::u16string_view commandLine) override;
   int CallComposer(std::u16string_view library, std::u16string_view routine,
                    const platform::ComposeMessageRequest& request) override;
 
  private:
+  int ShowHelp(std::u16string_view topic);
   // "Name.htm" or "Name.htm#section" as a file: address; empty when there is no such file.
   std::string HelpAddress(std::u16string_view topic) const;
+  int Compose(const std::optional<MessageAddress>& message) const;
 
-  const std::vector<std::filesystem::path> dataFolders_;
-  const std::string opener_;
+  const Options options_;
 };
 
 }  // namespace kelpin::device::desktop

@@ -19,7 +19,7 @@ namespace {
 // nothing to read.
 class SpawnSettings {
  public:
-  SpawnSettings() {
+  explicit SpawnSettings(int output) {
     ::posix_spawnattr_init(&attributes_);
     ::posix_spawn_file_actions_init(&actions_);
     ::sigset_t none;
@@ -32,6 +32,7 @@ class SpawnSettings {
         &attributes_,
         static_cast<short>(POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF));
     ::posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    if (output >= 0) ::posix_spawn_file_actions_adddup2(&actions_, output, STDOUT_FILENO);
   }
   ~SpawnSettings() {
     ::posix_spawn_file_actions_destroy(&actions_);
@@ -55,14 +56,14 @@ void Reap(::pid_t process) {
 
 }  // namespace
 
-bool StartDetached(const std::vector<std::string>& arguments) {
+bool StartDetached(const std::vector<std::string>& arguments, int output) {
   if (arguments.empty()) return false;
   std::vector<char*> pointers;
   for (const std::string& argument : arguments) {
     pointers.push_back(const_cast<char*>(argument.c_str()));
   }
   pointers.push_back(nullptr);
-  const SpawnSettings settings;
+  const SpawnSettings settings(output);
   ::pid_t process = 0;
   if (::posix_spawnp(&process, pointers.front(), settings.Actions(), settings.Attributes(),
                      pointers.data(), environ) != 0) {

@@ -46,6 +46,11 @@ bool QtScreen::GrabMainWindow(const std::string& pngPath) {
   return !picture.isNull() && picture.save(QString::fromStdString(pngPath), "PNG");
 }
 
+std::u16string QtScreen::HelpSection() const {
+  const ui::Dialog* const front = windows_->Front();
+  return front == nullptr ? std::u16string() : front->HelpSection();
+}
+
 ui::Metrics QtScreen::GetMetrics() {
   return application_->Metrics();
 }

@@ -46,6 +46,8 @@ class QtScreen : public ui::Screen, public ui::DialogHost {
   // Saves a picture (PNG) of the main window as it is drawn now, also without a display. False
   // when there is no main window or the file cannot be written. Screen thread.
   bool GrabMainWindow(const std::string& pngPath);
+  // The section of the help that belongs to the dialog in front. Screen thread.
+  std::u16string HelpSection() const;
 
   ui::Metrics GetMetrics() override;
   bool RegisterWindowClass(const ui::WindowClass& windowClass) override;

@@ -487,6 +487,10 @@ bool ScreenWindows::Raise() {
   return true;
 }
 
+const ui::Dialog* ScreenWindows::Front() const {
+  return entries_.empty() ? nullptr : entries_.rbegin()->second.dialog.get();
+}
+
 QPixmap ScreenWindows::Grab() {
   DialogWindow* main = Main();
   if (main == nullptr) {

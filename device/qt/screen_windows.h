@@ -52,6 +52,8 @@ class ScreenWindows : public QObject {
   bool Raise();
   bool Has(ui::WindowHandle dialog) const { return entries_.count(dialog) != 0; }
   QPixmap Grab();
+  // The dialog that was opened last; null when none is open.
+  const ui::Dialog* Front() const;
 
   int Run();
   void Quit(int code);  // any thread

@@ -119,7 +119,8 @@ class DesktopProgramsMaker {
  private:
   test::ScratchFolder folder_;
   test::FakeOpener opener_{folder_.Path()};
-  device::desktop::DesktopPrograms programs_{{folder_.Path()}, opener_.Program()};
+  device::desktop::DesktopPrograms programs_{
+      {.dataFolders = {folder_.Path()}, .opener = opener_.Program()}};
 };
 
 class FakeShellMaker {

@@ -232,7 +232,12 @@ class HelpTest : public ::testing::Test {
   test::ScratchFolder scratch_;
   const std::filesystem::path second_ = scratch_ / "data #1 ü";
   const test::FakeOpener opener_{scratch_.Path()};
-  DesktopPrograms programs_{{scratch_ / "none", second_}, opener_.Program()};
+  std::u16string section_;
+  std::string told_;
+  DesktopPrograms programs_{{.dataFolders = {scratch_ / "none", second_},
+                             .opener = opener_.Program(),
+                             .helpSection = [this] { return section_; },
+                             .helpFailed = [this](const std::string& why) { told_ = why; }}};
 };
 
 TEST_F(HelpTest, TheFileIsOpenedByItsEncodedAddress) {
@@ -259,16 +264,39 @@ TEST_F(HelpTest, WhatIsNoHelpFileIsNotOpened) {
 }
 
 TEST_F(HelpTest, WithoutAnOpenerNothingStarts) {
-  DesktopPrograms without({second_}, "kelpin-no-such-opener");
+  std::string told;
+  DesktopPrograms without({.dataFolders = {second_},
+                           .opener = "kelpin-no-such-opener",
+                           .helpFailed = [&](const std::string& why) { told = why; }});
   EXPECT_EQ(without.StartProgram(u"peghelp", u"Kelpin.htm"), 0);
+  EXPECT_THAT(told, HasSubstr("Install xdg-utils"));
+  EXPECT_THAT(told, HasSubstr("help/Kelpin.htm"));
+  DesktopPrograms silent({.dataFolders = {second_}, .opener = "kelpin-no-such-opener"});
+  EXPECT_EQ(silent.StartProgram(u"peghelp", u"Kelpin.htm"), 0);
+}
+
+TEST_F(HelpTest, ItOpensAtTheSectionOfTheDialogInFront) {
+  section_ = u"own-numbers";
+  EXPECT_EQ(programs_.StartProgram(u"peghelp", u"Kelpin.htm"), 1);
+  EXPECT_THAT(opener_.Await(), HasSubstr("help/Kelpin.htm#own-numbers\n"));
+  EXPECT_EQ(programs_.StartProgram(u"peghelp", u"Kelpin.htm#keys"), 1);
+  EXPECT_THAT(opener_.Await(), HasSubstr("help/Kelpin.htm#keys\n"));
+  EXPECT_EQ(told_, "");
+}
+
+TEST_F(HelpTest, HelpThatIsNotInstalledIsTold) {
+  std::filesystem::remove(second_ / "help/Kelpin.htm");
+  EXPECT_EQ(programs_.StartProgram(u"peghelp", u"Kelpin.htm"), 0);
+  EXPECT_EQ(told_, "The help is not installed. Install Kelpin again.");
 }
 
 TEST(HelpFile, IsWhereTheBuildFolderFindsIt) {
   test::ScratchFolder scratch;
   const test::FakeOpener opener(scratch.Path());
   const std::filesystem::path source = KELPIN_SOURCE_DIR;
-  DesktopPrograms programs(DataFolders(source / "build", Variables({{"HOME", "/nowhere"}})),
-                           opener.Program());
+  DesktopPrograms programs(
+      {.dataFolders = DataFolders(source / "build", Variables({{"HOME", "/nowhere"}})),
+       .opener = opener.Program()});
   EXPECT_EQ(programs.StartProgram(u"peghelp", u"Kelpin.htm"), 1);
   EXPECT_THAT(opener.Await(), HasSubstr("/res/help/Kelpin.htm\n"));
 }

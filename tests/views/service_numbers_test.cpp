@@ -127,7 +127,7 @@ TEST_F(ServiceNumbersTest, BeforeTheFillTheKeyIsOffAndBothSessionsAreOpen) {
     EXPECT_EQ(dialog.List(1034)->Columns()[0].text, u"#");
     EXPECT_EQ(dialog.List(1034)->Columns()[1].text, u"Name");
     EXPECT_EQ(dialog.List(1034)->Columns()[2].text, u"Phone");
-    EXPECT_THAT(WidthsOf(*dialog.List(1034)), ElementsAre(36, 162, 162));
+    EXPECT_THAT(WidthsOf(*dialog.List(1034)), ElementsAre(72, 144, 144));  // high resolution
     EXPECT_FALSE(dialog.Bar()->KeyAt(0).enabled);
     EXPECT_EQ(device.radio.OpenSessions(), 4u);  // the main list has two
     for (const std::string& opened : device.journal.Entries("RIL_Initialize")) {

@@ -1,0 +1,90 @@
+#include "device/desktop/message_address.h"
+
+#include <algorithm>
+
+#include "device/desktop/percent_encoding.h"
+#include "device/desktop/utf8.h"
+
+namespace kelpin::device::desktop {
+namespace {
+
+constexpr std::u16string_view kMail = u"\\Windows\\tmail.exe";
+constexpr std::u16string_view kMms = u"\\Windows\\MMSC.exe";
+constexpr std::u16string_view kSmsStart = u"-service \"SMS\" -to \"";
+constexpr std::u16string_view kSmsEnd = u">\"";
+constexpr std::u16string_view kMailStart = u"mailto:";
+constexpr std::u16string_view kMailEnd = u">";
+constexpr std::u16string_view kMmsStart = u"\"1\" \"";
+constexpr std::u16string_view kMmsEnd = u"\"";
+constexpr std::u16string_view kNumberCharacters = u"0123456789*#+pPwW";
+constexpr std::size_t kLongestAddress = 255;  // UTF-16 units
+
+// What stands between the two, when the text begins and ends with them.
+std::optional<std::u16string_view> Between(std::u16string_view text, std::u16string_view start,
+                                           std::u16string_view end) {
+  if (text.size() < start.size() + end.size() || !text.starts_with(start) || !text.ends_with(end)) {
+    return std::nullopt;
+  }
+  return text.substr(start.size(), text.size() - start.size() - end.size());
+}
+
+// Of "NAME<RECIPIENT", the recipient. A name may hold anything.
+std::optional<std::u16string_view> AfterBracket(std::u16string_view text) {
+  const std::size_t bracket = text.rfind(u'<');
+  if (bracket == std::u16string_view::npos) return std::nullopt;
+  return text.substr(bracket + 1);
+}
+
+// One address, not a list, and nothing that a mail program would read as more than an address.
+bool IsEmail(std::u16string_view text) {
+  const std::size_t at = text.find(u'@');
+  const bool plain = std::none_of(text.begin(), text.end(), [](char16_t unit) {
+    return unit <= 0x20 || unit == 0x7F || unit == u'<' || unit == u'>' || unit == u'"' ||
+           unit == u',' || unit == u';' || unit == u':' || unit == u'\\' ||
+           (unit >= 0xD800 && unit <= 0xDFFF);
+  });
+  return plain && text.size() <= kLongestAddress && at != std::u16string_view::npos && at > 0 &&
+         at + 1 < text.size() && text.find(u'@', at + 1) == std::u16string_view::npos;
+}
+
+std::optional<MessageAddress> ToNumber(const char* scheme, const char* fallback,
+                                       std::optional<std::u16string_view> number) {
+  if (!number || !IsDialNumber(*number)) return std::nullopt;
+  return MessageAddress{scheme, PercentEncoded(Utf8(*number), "+"), fallback};
+}
+
+std::optional<MessageAddress> ToEmail(const char* scheme, const char* fallback,
+                                      std::optional<std::u16string_view> address) {
+  if (!address || !IsEmail(*address)) return std::nullopt;
+  return MessageAddress{scheme, PercentEncoded(Utf8(*address), "@"), fallback};
+}
+
+}  // namespace
+
+bool IsDialNumber(std::u16string_view text) {
+  return !text.empty() && text.size() <= kLongestAddress &&
+         text.find_first_not_of(kNumberCharacters) == std::u16string_view::npos;
+}
+
+std::optional<MessageAddress> MessageOfCommand(std::u16string_view program,
+                                               std::u16string_view commandLine) {
+  if (program == kMms) return ToNumber("mmsto", "sms", Between(commandLine, kMmsStart, kMmsEnd));
+  if (program != kMail) return std::nullopt;
+  if (const auto sms = Between(commandLine, kSmsStart, kSmsEnd)) {
+    return ToNumber("sms", "", AfterBracket(*sms));
+  }
+  if (const auto mail = Between(commandLine, kMailStart, kMailEnd)) {
+    return ToEmail("mailto", "", AfterBracket(*mail));
+  }
+  return std::nullopt;
+}
+
+std::optional<MessageAddress> MessageOfClass(std::u16string_view messageClass,
+                                             std::u16string_view recipient) {
+  if (messageClass == u"IPM.SMStext") return ToNumber("sms", "", recipient);
+  if (messageClass != u"IPM.MMS") return std::nullopt;
+  if (const auto number = ToNumber("mmsto", "sms", recipient)) return number;
+  return ToEmail("mmsto", "mailto", recipient);
+}
+
+}  // namespace kelpin::device::desktop

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace kelpin::device::desktop {
+
+// Runs the first argument (looked for on PATH) with exactly these arguments and no shell, its input
+// empty, and returns the start of what it printed, without the last line's end; empty when it
+// cannot be started or printed nothing within `milliseconds`. It is not waited for any longer.
+std::string ProcessOutput(const std::vector<std::string>& arguments, int milliseconds);
+
+}  // namespace kelpin::device::desktop

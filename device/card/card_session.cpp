@@ -127,7 +127,7 @@ WriteOutcome CardSession::ChangeEntry(std::uint32_t location,
   outcome.changed = false;
   outcome.result = BeginChange();
   if (!Succeeded(outcome.result)) return outcome;
-  EntryWriter writer(book_.Layout());
+  EntryWriter writer(book_.Layout(), book_.Marks());
   outcome = operation(writer);
   EndChange();
   if (outcome.doubtful) ReadBack(location, outcome);

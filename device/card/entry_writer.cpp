@@ -6,6 +6,7 @@
 
 #include "device/card/alpha.h"
 #include "device/card/phonebook_files.h"
+#include "device/card/references.h"
 #include "device/card/status_map.h"
 
 namespace kelpin::device::card {
@@ -14,23 +15,11 @@ namespace {
 using platform::SimResult;
 using platform::Succeeded;
 
-constexpr std::uint16_t kEfLastNumbers = 0x6F44;
-constexpr std::size_t kAnrExtension = 14;  // byte of EF_ANR that names an EF_EXT1 record
-
 WriteOutcome Failed(SimResult result) {
   WriteOutcome outcome;
   outcome.result = result;
   outcome.changed = false;
   return outcome;
-}
-
-// The file or record is not there, or not of the kind that was promised: nothing points from it.
-bool HoldsNothing(const CardResult& result) {
-  if (result.Error() != TransportError::kNone) return false;
-  return result.Missing() || result.Word() == StatusWord::kRecordNotFound ||
-         result.Word() == StatusWord::kOutOfRangeGsm ||
-         result.Word() == StatusWord::kWrongFileKind ||
-         result.Word() == StatusWord::kWrongFileKindGsm;
 }
 
 }  // namespace
@@ -48,6 +37,25 @@ SimResult EntryWriter::ReadBefore(std::uint32_t location, Before& before) {
       ExtensionFile(*ext1).Follow(before.View().Extension(), before.number.digits, before.chain));
 }
 
+TransportError EntryWriter::Announce(const Before& before, EntryChange change) {
+  const TransportError lost = marks_.BeforeEntry(before.place, change);
+  if (lost != TransportError::kNone || change != EntryChange::kNew) return lost;
+  return DropLeftLinks(before.place).Error();
+}
+
+CardResult EntryWriter::DropLeftLinks(const EntryPlace& place) {
+  const PbrFile* named = place.set->reference.Find(PbrTag::kIap);
+  if (named == nullptr) return StatusWord::kOk;
+  RecordFile& index = layout_.File(place.set->folder.Child(named->fileId));
+  std::span<const std::uint8_t> held;
+  CardResult result = index.LearnEmpty();
+  if (result.Ok()) result = index.Read(place.record, held);
+  if (!result.Ok()) return result;
+  const std::vector<std::uint8_t> none(held.size(), 0xFF);
+  if (std::equal(held.begin(), held.end(), none.begin(), none.end())) return result;
+  return index.Update(place.record, none);
+}
+
 WriteOutcome EntryWriter::Put(const Before& before, const std::vector<std::uint8_t>& record) {
   WriteOutcome outcome;
   outcome.intended = record;
@@ -62,83 +70,6 @@ WriteOutcome EntryWriter::Put(const Before& before, const std::vector<std::uint8
   return outcome;
 }
 
-CardResult EntryWriter::AddAdnReferences(RecordFile& adn, std::uint8_t except,
-                                         ExtensionFile& extensions, RecordSet& referenced) {
-  CardResult result = adn.LearnEmpty();
-  for (std::uint8_t record = 1; result.Ok() && record <= adn.Count(); ++record) {
-    if (record == except) continue;
-    std::span<const std::uint8_t> data;
-    result = adn.Read(record, data);
-    if (HoldsNothing(result)) {
-      result = StatusWord::kOk;
-      continue;
-    }
-    if (!result.Ok()) break;
-    const std::uint8_t extension = AdnView(data).Extension();
-    if (extension == 0) continue;
-    std::u16string ignored;
-    RecordSet chain;
-    result = extensions.Follow(extension, ignored, chain);
-    referenced |= chain;
-    referenced.set(extension);
-  }
-  return result;
-}
-
-CardResult EntryWriter::AddAnrReferences(RecordFile& anr, ExtensionFile& extensions,
-                                         RecordSet& referenced) {
-  CardResult result = anr.LearnEmpty();
-  if (result.Ok() && anr.Info().recordLength <= kAnrExtension) return result;
-  for (std::uint8_t record = 1; result.Ok() && record <= anr.Count(); ++record) {
-    std::span<const std::uint8_t> data;
-    result = anr.Read(record, data);
-    if (HoldsNothing(result)) {
-      result = StatusWord::kOk;
-      continue;
-    }
-    if (!result.Ok()) break;
-    const std::uint8_t extension = RecordReference(data[kAnrExtension]);
-    if (extension == 0) continue;
-    std::u16string ignored;
-    RecordSet chain;
-    result = extensions.Follow(extension, ignored, chain);
-    referenced |= chain;
-    referenced.set(extension);
-  }
-  return result;
-}
-
-CardResult EntryWriter::Referenced(const Before& before, RecordSet& referenced) {
-  RecordFile* const ext1 = before.place.set->ext1;
-  ExtensionFile extensions(*ext1);
-  RecordSet found;
-  for (const PhonebookSet& set : layout_.Sets()) {
-    if (set.ext1 != ext1) continue;
-    const bool own = &set == before.place.set;
-    CardResult result =
-        AddAdnReferences(*set.adn, own ? before.place.record : std::uint8_t{0}, extensions, found);
-    if (!result.Ok()) return result;
-    for (const PbrFile& file : set.reference.files) {
-      if (file.tag != PbrTag::kAnr) continue;
-      RecordFile& anr = layout_.File(set.folder.Child(file.fileId));
-      result = AddAnrReferences(anr, extensions, found);
-      if (!result.Ok() && !HoldsNothing(result)) return result;
-    }
-  }
-  // A GSM card's own numbers and last numbers share its EF_EXT1; on a UICC that file may be the
-  // same as the phone book's under another name.
-  for (const std::uint16_t id : {kEfMsisdn, kEfLastNumbers}) {
-    RecordFile& file = layout_.File({kDfTelecom, id});
-    CardResult result = file.Load();
-    if (HoldsNothing(result)) continue;
-    if (result.Ok() && file.Info().recordLength < kAdnNumberPart) continue;
-    if (result.Ok()) result = AddAdnReferences(file, 0, extensions, found);
-    if (!result.Ok()) return result;
-  }
-  referenced = found;
-  return StatusWord::kOk;
-}
-
 SimResult EntryWriter::Allocate(const Before& before, std::size_t count,
                                 std::vector<std::uint8_t>& records) {
   RecordFile* const ext1 = before.place.set->ext1;
@@ -147,9 +78,10 @@ SimResult EntryWriter::Allocate(const Before& before, std::size_t count,
   RecordSet used;
   RecordSet referenced;
   if (const CardResult result = extensions.InUse(used); !result.Ok()) return ToSimResult(result);
-  if (const CardResult result = Referenced(before, referenced); !result.Ok()) {
-    return ToSimResult(result);
-  }
+  RecordSet every;
+  every.set();
+  const CardResult asked = ExtensionReferences(layout_, *ext1, &before.place, every, referenced);
+  if (!asked.Ok()) return ToSimResult(asked);
   const bool reclaim = before.place.set->referenceRecord != 0;
   std::vector<std::uint8_t> found;
   for (const int choice : {0, 1, 2}) {
@@ -178,8 +110,9 @@ SimResult EntryWriter::Allocate(const Before& before, std::size_t count,
 void EntryWriter::Release(const Before& before, const RecordSet& chain) {
   if (chain.none()) return;
   RecordSet referenced;
-  if (!Referenced(before, referenced).Ok()) return;
-  ExtensionFile extensions(*before.place.set->ext1);
+  RecordFile* const ext1 = before.place.set->ext1;
+  if (!ExtensionReferences(layout_, *ext1, &before.place, chain, referenced).Ok()) return;
+  ExtensionFile extensions(*ext1);
   for (std::uint8_t record = 1; record <= extensions.Count(); ++record) {
     if (!chain[record] || referenced[record]) continue;
     if (!extensions.Release(record).Ok()) return;
@@ -223,6 +156,10 @@ WriteOutcome EntryWriter::Write(std::uint32_t location, std::u16string_view name
   }
   if (AdnView(record).IsEmpty()) return Failed(SimResult::kBadParameter);
 
+  if (record != before.record || !extensions.empty()) {
+    const TransportError lost = Announce(before, inUse ? EntryChange::kEdit : EntryChange::kNew);
+    if (lost != TransportError::kNone) return Failed(ToSimResult(lost));
+  }
   RecordSet taken;
   for (const std::uint8_t extension : extensions) taken.set(extension);
   if (!extensions.empty()) {
@@ -250,6 +187,10 @@ WriteOutcome EntryWriter::Delete(std::uint32_t location) {
     return Failed(result);
   }
   const bool inUse = !before.View().IsEmpty();
+  if (inUse) {
+    const TransportError lost = Announce(before, EntryChange::kDelete);
+    if (lost != TransportError::kNone) return Failed(ToSimResult(lost));
+  }
   WriteOutcome outcome = Put(before, std::vector<std::uint8_t>(before.record.size(), 0xFF));
   outcome.changed = outcome.changed && inUse;
   if (Succeeded(outcome.result)) Release(before, before.chain);

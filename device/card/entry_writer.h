@@ -6,6 +6,7 @@
 
 #include "device/card/adn_record.h"
 #include "device/card/card_layout.h"
+#include "device/card/change_marks.h"
 #include "device/card/extension_file.h"
 #include "platform/sim_result.h"
 
@@ -27,7 +28,7 @@ struct WriteOutcome {
 // transaction, after CardLayout::Discover.
 class EntryWriter {
  public:
-  explicit EntryWriter(CardLayout& layout) : layout_(layout) {}
+  EntryWriter(CardLayout& layout, ChangeMarks& marks) : layout_(layout), marks_(marks) {}
 
   // Writes the whole location. `international` adds to what a '+' in the address says. What the
   // card holds already (a name in another form, a longer chain) is left as it stands.
@@ -47,6 +48,10 @@ class EntryWriter {
   };
 
   platform::SimResult ReadBefore(std::uint32_t location, Before& before);
+  // What must be true on the card before the entry changes. An error: the card was lost.
+  TransportError Announce(const Before& before, EntryChange change);
+  // A new entry has nothing of what a former one left in the files beside it.
+  CardResult DropLeftLinks(const EntryPlace& place);
   WriteOutcome Put(const Before& before, const std::vector<std::uint8_t>& record);
   // Records for a chain of `count`: free ones, then ones that nothing points at, then the entry's
   // own.
@@ -56,13 +61,8 @@ class EntryWriter {
   // Allocate.
   void Release(const Before& before, const RecordSet& chain);
 
-  // The extension records that anything but this entry points at.
-  CardResult Referenced(const Before& before, RecordSet& referenced);
-  CardResult AddAdnReferences(RecordFile& adn, std::uint8_t except, ExtensionFile& extensions,
-                              RecordSet& referenced);
-  CardResult AddAnrReferences(RecordFile& anr, ExtensionFile& extensions, RecordSet& referenced);
-
   CardLayout& layout_;
+  ChangeMarks& marks_;
 };
 
 }  // namespace kelpin::device::card

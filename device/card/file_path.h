@@ -17,6 +17,9 @@ inline constexpr std::uint16_t kApplication = 0x7FFF;
 
 inline constexpr std::uint16_t kEfIccid = 0x2FE2;
 inline constexpr std::uint16_t kEfDir = 0x2F00;
+inline constexpr std::uint16_t kEfPsc = 0x4F22;
+inline constexpr std::uint16_t kEfCc = 0x4F23;
+inline constexpr std::uint16_t kEfPuid = 0x4F24;
 inline constexpr std::uint16_t kEfPbr = 0x4F30;
 inline constexpr std::uint16_t kEfAdn = 0x6F3A;
 inline constexpr std::uint16_t kEfSms = 0x6F3C;

@@ -4,6 +4,7 @@
 #include <span>
 
 #include "device/card/adn_record.h"
+#include "device/card/references.h"
 #include "device/card/status_map.h"
 
 namespace kelpin::device::card {
@@ -24,6 +25,7 @@ bool NoSuchRecord(const CardResult& result) {
 
 void PhonebookFiles::Forget() {
   layout_.Forget();
+  marks_.Forget();
 }
 
 std::uint32_t PhonebookFiles::DigitLimit(const PhonebookSet& set) {
@@ -134,8 +136,17 @@ SimResult PhonebookFiles::Extensions(std::uint32_t& count, RecordSet& used) {
     used.reset();
     return SimResult::kOk;
   }
-  const CardResult result = ExtensionFile(*file).InUse(used);
+  RecordSet inUse;
+  const CardResult result = ExtensionFile(*file).InUse(inUse);
   if (!result.Ok()) return ToSimResult(result);
+  if (layout_.Sets().front().referenceRecord != 0) {
+    // Left behind by a change that was cut short. On a GSM card others may keep numbers there.
+    RecordSet referenced;
+    const CardResult asked = ExtensionReferences(layout_, *file, nullptr, inUse, referenced);
+    if (asked.Error() != TransportError::kNone) return ToSimResult(asked);
+    if (asked.Ok()) inUse &= referenced;
+  }
+  used = inUse;
   count = file->Count();
   return SimResult::kOk;
 }

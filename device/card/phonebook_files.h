@@ -6,6 +6,7 @@
 
 #include "device/card/bcd.h"
 #include "device/card/card_layout.h"
+#include "device/card/change_marks.h"
 #include "device/card/extension_file.h"
 #include "platform/sim_result.h"
 
@@ -22,10 +23,10 @@ struct PhonebookEntry {
 // answered from memory until Forget.
 class PhonebookFiles {
  public:
-  explicit PhonebookFiles(CardFiles& files) : files_(files), layout_(files) {}
+  explicit PhonebookFiles(CardFiles& files) : layout_(files), marks_(files, layout_) {}
 
-  CardFiles& Files() { return files_; }
   CardLayout& Layout() { return layout_; }
+  ChangeMarks& Marks() { return marks_; }
   void Forget();
 
   // Entries in use and locations. Where the card can search, an entry counts as used until it was
@@ -37,7 +38,8 @@ class PhonebookFiles {
   platform::SimResult Read(std::uint32_t location, PhonebookEntry& entry);
   // EF_PBC says that the entry is hidden. False where the card has no such file.
   platform::SimResult IsHidden(std::uint32_t location, bool& hidden);
-  // Records of the first set's EF_EXT1 by their content; `used` has one bit a record, from bit 1.
+  // Records of the first set's EF_EXT1: in use by their content, and something refers to them.
+  // `used` has one bit a record, from bit 1.
   platform::SimResult Extensions(std::uint32_t& count, RecordSet& used);
   // Short messages stored and places for them; asked of the card each time.
   platform::SimResult Messages(std::uint32_t& used, std::uint32_t& total);
@@ -49,8 +51,8 @@ class PhonebookFiles {
   CardResult LearnUsed(const PhonebookSet& set);
   CardResult LearnShown(RecordFile& control);
 
-  CardFiles& files_;
   CardLayout layout_;
+  ChangeMarks marks_;
 };
 
 }  // namespace kelpin::device::card

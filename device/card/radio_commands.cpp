@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "device/card/references.h"
 #include "device/card/status_map.h"
 
 namespace kelpin::device::card {
@@ -57,6 +58,14 @@ RadioAnswer SimAnswer(StatusWord word, std::span<const std::uint8_t> bytes) {
 RadioAnswer Refused(const CardResult& said) {
   if (said.Error() != TransportError::kNone || said.Ok()) return RadioAnswer{};
   return SimAnswer(said.Word(), {});
+}
+
+// A type-2 record that no entry refers to is free, whatever a change that was cut short left in it.
+bool LeftBehind(CardLayout& layout, const RecordFile& file, std::uint8_t record,
+                std::span<const std::uint8_t> bytes) {
+  RecordSet linked;
+  return !bytes.empty() && bytes[0] != 0xFF && LinkedRecords(layout, file, linked) &&
+         !linked[record];
 }
 
 }  // namespace
@@ -123,6 +132,7 @@ RadioAnswer RadioCommands::GetResponse(const Find& find) {
 
 RadioAnswer RadioCommands::ReadRecord(const Find& find) {
   RadioAnswer answer;
+  CardLayout& layout = session_.Book().Layout();
   CardResult said = TransportError::kNoCard;
   const SimResult result = session_.Read([&] {
     RecordFile* file = nullptr;
@@ -132,8 +142,12 @@ RadioAnswer RadioCommands::ReadRecord(const Find& find) {
     if (said.Ok() && !file->Known(record)) said = file->LearnEmpty();
     std::span<const std::uint8_t> bytes;
     if (said.Ok()) said = file->Read(record, bytes);
-    if (said.Ok()) answer = SimAnswer(StatusWord::kOk, bytes);
-    return ToSimResult(said);
+    if (!said.Ok()) return ToSimResult(said);
+    const bool left = LeftBehind(layout, *file, record, bytes);
+    answer =
+        SimAnswer(StatusWord::kOk, left ? std::vector<std::uint8_t>(bytes.size(), 0xFF)
+                                        : std::vector<std::uint8_t>(bytes.begin(), bytes.end()));
+    return SimResult::kOk;
   });
   return Succeeded(result) ? answer : Refused(said);
 }
@@ -146,6 +160,8 @@ RadioAnswer RadioCommands::UpdateRecord(const Find& find, std::span<const std::u
     std::uint8_t record = 0;
     said = find(file, record);
     if (!said.Ok()) return said;
+    said = session_.Book().Marks().BeforeRecord(*file, record, data);
+    if (said.Error() != TransportError::kNone) return said;
     sent = true;
     said = file->Update(record, data);
     return said;

@@ -51,6 +51,7 @@ class MemoryCard : public CardChannel {
   TransportError Transmit(std::span<const std::uint8_t> command,
                           std::vector<std::uint8_t>& response) override {
     if (cut_) return TransportError::kRemoved;
+    ++commands_;
     if (cutAt_ != 0 && --cutAt_ == 0) {
       cut_ = true;
       if (lateCut_) card_->Process(command);
@@ -65,6 +66,8 @@ class MemoryCard : public CardChannel {
   std::string Description() const override { return "card in memory"; }
 
   const softcard::CardImage& Image() const { return image_; }
+  softcard::CardImage& Image() { return image_; }
+  std::uint64_t Commands() const { return commands_; }
 
  private:
   softcard::CardImage image_;
@@ -72,6 +75,7 @@ class MemoryCard : public CardChannel {
   std::uint32_t cutAt_ = 0;
   bool lateCut_ = false;
   bool cut_ = false;
+  std::uint64_t commands_ = 0;
 };
 
 // The program's extended phone book on a card, from the file command down to the APDUs.

@@ -19,7 +19,8 @@ using sim::NumberField;
 
 constexpr std::uint32_t kRounds = 20;
 constexpr std::uint32_t kOperationsInARound = 100;  // on each of five cards
-constexpr std::uint32_t kLocations = 60;            // that operations go to, spread over the card
+constexpr char16_t kFreeLocation[] = u"!88000345";
+constexpr std::uint32_t kLocations = 60;  // that operations go to, spread over the card
 
 bool IsNumber(FieldSlot slot) {
   return slot == FieldSlot::kSecondNumber || slot == FieldSlot::kThirdNumber;
@@ -182,16 +183,18 @@ class ModelRun {
     const std::uint32_t step = std::max(total_ / kLocations, 1U);
     const std::uint32_t location = 1 + Below(total_ / step) * step;
     const FieldSlot slot = kAllFieldSlots[Below(4)];
-    switch (Below(10)) {
+    // Fields are those of an entry.
+    switch (texts_[location] == kFreeLocation ? 0 : Below(10)) {
       case 0:  // a new entry, or one over another, with every field
         WriteEntry(sim, location);
+        if (texts_[location] == kFreeLocation) break;
         for (const FieldSlot each : kAllFieldSlots) {
           WriteField(each, location, IsNumber(each) ? RandomNumber() : RandomText());
         }
         break;
       case 1:  // an entry deleted
         for (const FieldSlot each : kAllFieldSlots) WriteField(each, location, u"");
-        if (sim.Delete(location) == platform::SimResult::kOk) texts_[location] = u"!88000345";
+        if (sim.Delete(location) == platform::SimResult::kOk) texts_[location] = kFreeLocation;
         EXPECT_EQ(sim.Text(location), texts_[location]);
         break;
       case 2:

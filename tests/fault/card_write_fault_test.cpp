@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <utility>
 
 #include "device/card/sim_service.h"
 #include "tests/card/radio_client.h"
@@ -210,6 +211,13 @@ TEST_P(CardWriteFault, EveryCommandOfTheChangeMayFail) {
 
 INSTANTIATE_TEST_SUITE_P(Changes, CardWriteFault, testing::Range(std::size_t{0}, Changes().size()));
 
+// The place of the last record update among the commands since Arm.
+std::uint32_t LastUpdate(const FaultyChannel& channel) {
+  const auto& sent = channel.Sent();
+  const auto last = std::find(sent.rbegin(), sent.rend(), std::uint8_t{0xDC});
+  return static_cast<std::uint32_t>(sent.rend() - last);
+}
+
 // An update that was answered too late is not sent again.
 TEST(CardWriteDoubt, AnUpdateIsReadBackAndNeverSentTwice) {
   for (const Fault fault : {Fault::kLostAfter, Fault::kGarbledAfter, Fault::kCutAfter}) {
@@ -224,7 +232,15 @@ TEST(CardWriteDoubt, AnUpdateIsReadBackAndNeverSentTwice) {
         updates.emplace_back(line);
       }
     });
-    channel.Arm(2, fault);  // the record is read afresh, then updated
+    // What is read once is known from the second time on.
+    ASSERT_EQ(sim.Write(1, u"Bauer, Anna", u"3"), SimResult::kOk);
+    updates.clear();
+    channel.Arm(0, fault);
+    EXPECT_EQ(sim.Write(1, u"Bauer, Anna", u"2"), SimResult::kOk);
+    const std::uint32_t update = LastUpdate(channel);
+    ASSERT_GT(update, 0U);
+    EXPECT_EQ(std::exchange(updates, {}).size(), 1U);
+    channel.Arm(update, fault);
     EXPECT_EQ(sim.Write(1, u"Bauer, Anna", u"1"), SimResult::kOk);
     EXPECT_TRUE(channel.Fired());
     card.Channel().SetTrace(nullptr);
@@ -249,7 +265,15 @@ TEST(CardWriteDoubt, ARadioUpdateIsReadBack) {
     SimService service(channel);
     RadioClient radio(service);
     ASSERT_EQ(radio.File(platform::kRilSimReadRecord, 3, 1).code, platform::kRilResultOk);
-    channel.Arm(1, fault);
+    // What is read once is known from the second time on.
+    for (const std::uint8_t before : {std::uint8_t{4}, std::uint8_t{3}}) {
+      channel.Arm(0, fault);
+      ASSERT_EQ(radio.File(platform::kRilSimUpdateRecord, 3, 249, {before, 0, 0}).code,
+                platform::kRilResultOk);
+    }
+    const std::uint32_t update = LastUpdate(channel);
+    ASSERT_GT(update, 0U);
+    channel.Arm(update, fault);
     const auto result = radio.File(platform::kRilSimUpdateRecord, 3, 249, group);
     EXPECT_TRUE(channel.Fired());
     EXPECT_EQ(result.code, done ? platform::kRilResultOk : platform::kRilResultError);

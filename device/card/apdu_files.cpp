@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstddef>
+#include <thread>
 
 #include "device/card/card_code.h"
 
@@ -28,6 +30,10 @@ constexpr std::uint8_t kForwardFromFirst = 0x04;  // SEARCH RECORD: simple, on f
 
 constexpr std::size_t kChunk = 0xFF;
 
+constexpr std::uint8_t kToolkitBusy = 0x93;
+constexpr int kBusyRepeats = 3;
+constexpr std::chrono::milliseconds kBusyPause(20);
+
 // A code in a command is eight bytes, its digits and then FF (TS 102 221 9.5.1).
 void PutCode(std::string_view digits, std::span<std::uint8_t> bytes) {
   std::fill(bytes.begin(), bytes.end(), std::uint8_t{0xFF});
@@ -38,6 +44,25 @@ bool SaysUnsupported(StatusWord word) {
   return word == StatusWord::kFunctionUnsupported || word == StatusWord::kWrongParameters ||
          word == StatusWord::kWrongOffset || word == StatusWord::kUnknownInstruction ||
          word == StatusWord::kUnknownClass || word == StatusWord::kWrongLength;
+}
+
+// The card's toolkit holds it; the command was not executed.
+bool SaysBusy(const CardResult& result) {
+  return result.Error() == TransportError::kNone && FirstByte(result.Word()) == kToolkitBusy;
+}
+
+// May be sent again without changing anything but the selection.
+bool OnlyReads(const CardCommand& command) {
+  switch (command.instruction) {
+    case kSelect:
+    case kReadBinary:
+    case kReadRecord:
+    case kSearchRecord:
+    case kGetResponse:
+      return true;
+    default:
+      return false;
+  }
 }
 
 bool SaysNothingSelected(const CardResult& result) {
@@ -109,7 +134,13 @@ CardResult ApduFiles::Noted(CardResult result) {
 CardResult ApduFiles::Send(const CardCommand& command, std::vector<std::uint8_t>& data) {
   const CardTransaction transaction(*this);
   if (transaction.Error() != TransportError::kNone) return transaction.Error();
-  return Noted(exchange_.Send(command, data));
+  CardResult result = Noted(exchange_.Send(command, data));
+  for (int again = 0; again < kBusyRepeats && SaysBusy(result) && OnlyReads(command); ++again) {
+    if (stopped_) break;
+    std::this_thread::sleep_for(kBusyPause);
+    result = Noted(exchange_.Send(command, data));
+  }
+  return result;
 }
 
 CardResult ApduFiles::Send(const CardCommand& command) {

@@ -223,5 +223,72 @@ TEST(ApduFiles, APinIsSentOncePaddedAndARefusalIsTold) {
   EXPECT_FALSE(card.files.VerifyPin("12a4", state).Ok());
 }
 
+TEST(ApduFiles, ABlockedPinIsToldWithTheTriesOfItsPuk) {
+  Card card;
+  card.channel.Expect("00A40004023F0000", std::string(kMfFcp) + "9000")
+      .Expect("00200001", "6983")
+      .Expect("002C0001", "63C9");
+  PinState state;
+  ASSERT_TRUE(card.files.GetPinState(state).Ok());
+  EXPECT_TRUE(state.blocked);
+  EXPECT_EQ(state.triesLeft, 0);
+  EXPECT_EQ(state.unblockTriesLeft, 9);
+}
+
+TEST(ApduFiles, APukIsSentOnceWithTheNewPin) {
+  Card card;
+  card.channel.Expect("00A40004023F0000", std::string(kMfFcp) + "9000")
+      .Expect("002C000110 3132333435363738 32343638FFFFFFFF", "9000")
+      .Expect("00A40004023F0000", std::string(kMfFcp) + "9000")
+      .Expect("00200001", "63C3");
+  PinState state;
+  ASSERT_TRUE(card.files.UnblockPin("12345678", "2468", state).Ok());
+  EXPECT_TRUE(state.verified);
+  EXPECT_FALSE(state.blocked);
+  EXPECT_FALSE(card.files.UnblockPin("1234567", "2468", state).Ok());
+  EXPECT_FALSE(card.files.UnblockPin("12345678", "246", state).Ok());
+}
+
+// Three times more, then the card's word counts.
+TEST(ApduFiles, AReadThatMeetsABusyCardIsSentAgainAFewTimes) {
+  Card card;
+  card.channel.Expect("00A40004022FE2", "9300")
+      .Expect("00A40004022FE2", "9300")
+      .Expect("00A40004022FE2", "9000")
+      .Expect("00B000000A", "9300")
+      .Expect("00B000000A", "98001032547698103254 9000");
+  std::vector<std::uint8_t> data;
+  EXPECT_TRUE(card.files.ReadBinary({0x2FE2}, 0, 10, data).Ok());
+  card.channel.Expect("00B000000A", "9300")
+      .Expect("00B000000A", "9300")
+      .Expect("00B000000A", "9300")
+      .Expect("00B000000A", "9300");
+  const CardResult busy = card.files.ReadBinary({0x2FE2}, 0, 10, data);
+  EXPECT_EQ(static_cast<int>(busy.Word()), 0x9300);
+}
+
+TEST(ApduFiles, AnUpdateThatMeetsABusyCardIsNotSentAgain) {
+  Card card;
+  card.channel.Expect("00A40004022FE2", "9000").Expect("00D6000001 55", "9300");
+  const std::uint8_t byte[] = {0x55};
+  const CardResult busy = card.files.UpdateBinary({0x2FE2}, 0, byte);
+  EXPECT_EQ(static_cast<int>(busy.Word()), 0x9300);
+}
+
+TEST(ApduFiles, ACodeThatMeetsABusyCardIsNotSentAgain) {
+  Card card;
+  card.channel.Expect("00A40004023F0000", std::string(kMfFcp) + "9000")
+      .Expect("0020000108 31323334FFFFFFFF", "9300");
+  PinState state;
+  EXPECT_FALSE(card.files.VerifyPin("1234", state).Ok());
+}
+
+TEST(ApduFiles, AfterAStopNothingIsBegun) {
+  Card card;
+  card.files.Stop();
+  std::vector<std::uint8_t> data;
+  EXPECT_EQ(card.files.ReadBinary({0x2FE2}, 0, 10, data).Error(), TransportError::kBusy);
+}
+
 }  // namespace
 }  // namespace kelpin::device::card

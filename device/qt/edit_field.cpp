@@ -46,6 +46,12 @@ void EditField::Apply(const ui::ControlState& state) {
   if (state.inputMode == ui::InputMode::kNumbers) {
     hints = Qt::ImhDialableCharactersOnly | Qt::ImhNoPredictiveText;
   }
+  if ((state.style & ui::kStyleSecret) != 0) {
+    // Not to be drawn, copied, learnt by an input method or read out.
+    hints = Qt::ImhDigitsOnly | Qt::ImhHiddenText | Qt::ImhSensitiveData | Qt::ImhNoPredictiveText |
+            Qt::ImhNoAutoUppercase;
+    setEchoMode(QLineEdit::Password);
+  }
   if (inputMethodHints() != hints) {
     setInputMethodHints(hints);
   }

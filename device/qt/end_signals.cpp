@@ -1,6 +1,8 @@
 #include "device/qt/end_signals.h"
 
+#include <poll.h>
 #include <pthread.h>
+#include <sys/eventfd.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -9,6 +11,9 @@
 #include <QTimer>
 #include <chrono>
 #include <csignal>
+#include <cstdint>
+#include <iterator>
+#include <utility>
 
 namespace kelpin::qt {
 namespace {
@@ -33,10 +38,61 @@ EndSignals::EndSignals() {
 }
 
 EndSignals::~EndSignals() {
+  if (watcher_.joinable()) {
+    const std::uint64_t one = 1;
+    static_cast<void>(write(stop_, &one, sizeof one) == sizeof one);
+    watcher_.join();
+  }
   notifier_.reset();
   again_.reset();
-  if (descriptor_ >= 0) {
-    close(descriptor_);
+  for (const int descriptor : {descriptor_, stop_}) {
+    if (descriptor >= 0) {
+      close(descriptor);
+    }
+  }
+}
+
+void EndSignals::OnRequest(std::function<void()> told) {
+  const MutexLock lock(lock_);
+  told_ = std::move(told);
+}
+
+void EndSignals::Tell() {
+  const MutexLock lock(lock_);
+  if (told_) {
+    told_();
+  }
+}
+
+bool EndSignals::TakeRequests() const {
+  bool taken = false;
+  signalfd_siginfo info{};
+  while (read(descriptor_, &info, sizeof info) == sizeof info) {
+    taken = true;
+  }
+  return taken;
+}
+
+void EndSignals::CloseWindows() {
+  QApplication::closeAllWindows();
+  again_->start();
+}
+
+// The screen thread may be waiting for the card when the request comes.
+void EndSignals::Watch() {
+  pollfd events[] = {{descriptor_, POLLIN, 0}, {stop_, POLLIN, 0}};
+  for (;;) {
+    if (poll(events, std::size(events), -1) < 0) {
+      continue;
+    }
+    if (events[1].revents != 0) {
+      return;
+    }
+    if (TakeRequests()) {
+      Tell();
+      QMetaObject::invokeMethod(
+          again_.get(), [this] { CloseWindows(); }, Qt::QueuedConnection);
+    }
   }
 }
 
@@ -44,17 +100,21 @@ void EndSignals::Listen() {
   if (descriptor_ < 0) {
     return;
   }
-  notifier_ = std::make_unique<QSocketNotifier>(descriptor_, QSocketNotifier::Read);
-  QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this] {
-    signalfd_siginfo info{};
-    while (read(descriptor_, &info, sizeof info) == sizeof info) {
-    }
-    QApplication::closeAllWindows();
-    again_->start();
-  });
   again_ = std::make_unique<QTimer>();
   again_->setInterval(kAgain);
   QObject::connect(again_.get(), &QTimer::timeout, again_.get(), &QApplication::closeAllWindows);
+  notifier_ = std::make_unique<QSocketNotifier>(descriptor_, QSocketNotifier::Read);
+  QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this] {
+    // The watcher may have been quicker.
+    if (TakeRequests()) {
+      Tell();
+      CloseWindows();
+    }
+  });
+  stop_ = eventfd(0, EFD_CLOEXEC);
+  if (stop_ >= 0) {
+    watcher_ = std::thread([this] { Watch(); });
+  }
 }
 
 }  // namespace kelpin::qt

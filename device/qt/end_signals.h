@@ -1,6 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <thread>
+
+#include "platform/mutex.h"
 
 class QSocketNotifier;
 class QTimer;
@@ -18,11 +22,23 @@ class EndSignals {
   EndSignals& operator=(const EndSignals&) = delete;
 
   void Listen();  // screen thread
+  // Called at each request, on a thread of its own: whatever the screen thread waits for. Empty:
+  // not any more, and no call is under way when this returns.
+  void OnRequest(std::function<void()> told);
 
  private:
+  void Watch();
+  void Tell();
+  bool TakeRequests() const;
+  void CloseWindows();
+
   int descriptor_ = -1;
   std::unique_ptr<QSocketNotifier> notifier_;
   std::unique_ptr<QTimer> again_;
+  Mutex lock_;
+  std::function<void()> told_ GUARDED_BY(lock_);
+  int stop_ = -1;
+  std::thread watcher_;
 };
 
 }  // namespace kelpin::qt

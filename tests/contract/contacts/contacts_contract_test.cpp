@@ -8,6 +8,7 @@
 #include "device/contacts/text_form.h"
 #include "tests/contract/contacts/contacts_object_contract.h"
 #include "tests/contract/contacts/contacts_text_contract.h"
+#include "tests/device/contacts/memory_disk.h"
 #include "tests/device/scratch_folder.h"
 #include "tests/support/fail_plan.h"
 #include "tests/support/fake_contacts.h"

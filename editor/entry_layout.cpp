@@ -32,7 +32,9 @@ int PlaceField(ui::Dialog& dialog, const FieldControls& field, bool buttonByLabe
                    {left, y + labelRow - metrics.labelHeight,
                     std::max(0, width - (buttonByLabel ? beside : 0)), metrics.labelHeight});
   if (button && buttonByLabel) {
-    dialog.SetBounds(field.button, {buttonLeft, y, metrics.buttonWidth, metrics.fieldHeight});
+    // Half of the gap over it goes under it.
+    dialog.SetBounds(field.button,
+                     {buttonLeft, y - metrics.gap / 2, metrics.buttonWidth, metrics.fieldHeight});
   }
   y += labelRow;
   dialog.SetBounds(field.edit, {left, y, std::max(0, width - (buttonByLabel ? 0 : beside)),
@@ -56,7 +58,7 @@ void ShowFields(ui::Dialog& dialog, const EntryControls& controls,
 void PlaceFields(ui::Dialog& dialog, const EntryControls& controls, ui::Size client,
                  const ui::Metrics& metrics) {
   const int width = std::max(0, client.width - 2 * metrics.margin);
-  int y = metrics.gap;
+  int y = metrics.gap / 2;
   for (FieldControls EntryControls::*const place : kStack) {
     const FieldControls& field = controls.*place;
     if (field.edit == 0 || !dialog.Shown(field.edit)) {

@@ -14,8 +14,9 @@ test="clang clang-format-14 libclang-rt-14-dev llvm-14 libgtest-dev libgmock-dev
 want="$build"
 case "${1:-run}" in
   run) if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then want="$want $headless"; fi ;;
+  package) want="$want dpkg-dev" ;;
   test) want="$want $headless $test" ;;
-  *) echo "usage: install-deps.sh [run|test]" >&2; exit 2 ;;
+  *) echo "usage: install-deps.sh [run|test|package]" >&2; exit 2 ;;
 esac
 
 missing=""

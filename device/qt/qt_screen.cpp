@@ -46,8 +46,17 @@ bool QtScreen::GrabMainWindow(const std::string& pngPath) {
   return !picture.isNull() && picture.save(QString::fromStdString(pngPath), "PNG");
 }
 
+bool QtScreen::GrabFront(const std::string& pngPath) {
+  const QPixmap picture = windows_->GrabFront();
+  return !picture.isNull() && picture.save(QString::fromStdString(pngPath), "PNG");
+}
+
+std::shared_ptr<ui::Dialog> QtScreen::FrontDialog() const {
+  return windows_->Front();
+}
+
 std::u16string QtScreen::HelpSection() const {
-  const ui::Dialog* const front = windows_->Front();
+  const auto front = windows_->Front();
   return front == nullptr ? std::u16string() : front->HelpSection();
 }
 

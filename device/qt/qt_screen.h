@@ -46,6 +46,10 @@ class QtScreen : public ui::Screen, public ui::DialogHost {
   // Saves a picture (PNG) of the main window as it is drawn now, also without a display. False
   // when there is no main window or the file cannot be written. Screen thread.
   bool GrabMainWindow(const std::string& pngPath);
+  // The same of the dialog in front.
+  bool GrabFront(const std::string& pngPath);
+  // The dialog that was opened last; null when none is open. Screen thread.
+  std::shared_ptr<ui::Dialog> FrontDialog() const;
   // The section of the help that belongs to the dialog in front. Screen thread.
   std::u16string HelpSection() const;
 

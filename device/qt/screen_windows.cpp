@@ -487,8 +487,17 @@ bool ScreenWindows::Raise() {
   return true;
 }
 
-const ui::Dialog* ScreenWindows::Front() const {
-  return entries_.empty() ? nullptr : entries_.rbegin()->second.dialog.get();
+std::shared_ptr<ui::Dialog> ScreenWindows::Front() const {
+  return entries_.empty() ? nullptr : entries_.rbegin()->second.dialog;
+}
+
+QPixmap ScreenWindows::GrabFront() {
+  DialogWindow* const window = entries_.empty() ? nullptr : entries_.rbegin()->second.window.data();
+  if (window == nullptr) {
+    return {};
+  }
+  window->Sync();
+  return window->grab();
 }
 
 QPixmap ScreenWindows::Grab() {

@@ -53,7 +53,8 @@ class ScreenWindows : public QObject {
   bool Has(ui::WindowHandle dialog) const { return entries_.count(dialog) != 0; }
   QPixmap Grab();
   // The dialog that was opened last; null when none is open.
-  const ui::Dialog* Front() const;
+  std::shared_ptr<ui::Dialog> Front() const;
+  QPixmap GrabFront();
 
   int Run();
   void Quit(int code);  // any thread

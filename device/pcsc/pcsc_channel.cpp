@@ -116,7 +116,7 @@ PcscChannel::PcscChannel(const Reader& reader, const Patience& patience)
             return pause;
           },
           [shared = shared_] { shared->session.Disconnect(); }),
-      watcher_(reader.name, shared_->events) {}
+      watcher_(reader.name, reader.hasCard, shared_->events) {}
 
 PcscChannel::~PcscChannel() {
   SetListener(nullptr);

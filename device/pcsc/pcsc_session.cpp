@@ -28,6 +28,7 @@ constexpr auto kLook = 500ms;
 constexpr auto kNothingToDo = 3600s;
 
 constexpr std::size_t kHeader = 5;
+constexpr std::size_t kStatusWord = 2;
 
 }  // namespace
 
@@ -189,6 +190,8 @@ Verdict PcscSession::Transmit(std::span<const std::uint8_t> command,
       SCardTransmit(card_, protocol, frame.data(), frame.size(), nullptr, answer.data(), &length));
   lastUse_ = Clock::now();
   if (verdict != Verdict::kDone) return verdict;
+  // Without a status word it is no card's answer; drivers tell so of a card that was pulled out.
+  if (length < kStatusWord) return Settle(SCARD_E_NOT_TRANSACTED);
   answer.resize(std::min<std::size_t>(length, answer.size()));
   response = std::move(answer);
   return verdict;

@@ -38,9 +38,8 @@ struct ReaderWatcher::State {
   std::optional<SCARDCONTEXT> waiting GUARDED_BY(lock);  // to be cancelled when it shall end
 
   // The watching thread's alone.
-  bool known = false;
   bool present = false;
-  DWORD counter = 0;
+  std::optional<DWORD> counter;  // of insertions and removals; not known before the first look
 
   // False when the thread shall end.
   bool Pause() EXCLUDES(lock) {
@@ -58,18 +57,18 @@ struct ReaderWatcher::State {
   }
 
   void Gone() {
-    if (known && present) events->Removed();
-    known = true;
+    if (present) events->Removed();
     present = false;
+    counter.reset();
   }
 
   void Saw(DWORD told) {
     const bool now = (told & SCARD_STATE_PRESENT) != 0;
-    const bool swapped = known && present && now && counter != (told & kChangeCounter);
-    counter = told & kChangeCounter;
-    if (known && present && (!now || swapped)) events->Removed();
-    if (known && now && (!present || swapped)) events->Inserted();
-    known = true;
+    const DWORD count = told & kChangeCounter;
+    const bool swapped = present && now && counter && *counter != count;
+    counter = count;
+    if (present && (!now || swapped)) events->Removed();
+    if (now && (!present || swapped)) events->Inserted();
     present = now;
   }
 
@@ -96,9 +95,10 @@ struct ReaderWatcher::State {
   }
 };
 
-ReaderWatcher::ReaderWatcher(std::string reader, std::shared_ptr<EventLine> events)
+ReaderWatcher::ReaderWatcher(std::string reader, bool present, std::shared_ptr<EventLine> events)
     : state_(std::make_shared<State>()) {
   state_->reader = std::move(reader);
+  state_->present = present;
   state_->events = std::move(events);
   std::thread([state = state_] { Watch(state); }).detach();
 }

@@ -81,6 +81,7 @@ test::PrivatePcscd& Daemon::Get() {
 }
 
 void Daemon::Restart(int signal) {
+  lasting.reset();  // its reader goes
   TheWorld().daemon.Stop(signal);
   TheWorld().Start();
 }

@@ -9,11 +9,13 @@
 #include <QString>
 #include <QtGlobal>
 #include <atomic>
+#include <charconv>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -26,6 +28,8 @@
 #include <vector>
 
 #include "app/app_state.h"
+#include "app/card_opening.h"
+#include "app/secret_code.h"
 #include "app/start_up.h"
 #include "device/card/card_channel.h"
 #include "device/card/card_devices.h"
@@ -35,6 +39,7 @@
 #include "device/desktop/desktop_programs.h"
 #include "device/desktop/desktop_telephone.h"
 #include "device/desktop/run_folder.h"
+#include "device/desktop/secrets.h"
 #include "device/desktop/spdlog_log.h"
 #include "device/desktop/steady_clock.h"
 #include "device/desktop/utf8.h"
@@ -65,6 +70,9 @@ using namespace kelpin::device;
 constexpr int kExitFailure = 1;
 constexpr int kExitUsage = 2;
 constexpr std::uint32_t kStartPatience = 5000;  // milliseconds
+// How long the end waits for a card that is read, and for one that is written to.
+constexpr std::chrono::milliseconds kReadPatience(500);
+constexpr std::chrono::milliseconds kUpdatePatience(5000);
 
 struct Options {
   std::string sim;
@@ -73,6 +81,7 @@ struct Options {
   std::string platform = "pocketpc";
   std::string screenshot;
   bool demo = false;
+  int pinDescriptor = -1;  // where a script gives the card's PIN; -1: nowhere
 };
 
 // A way to what the program needs, on the command line "NAME" or "NAME:ARGUMENT".
@@ -213,6 +222,16 @@ std::string CheckContacts(const std::string& text) {
 
 std::string CheckNotEmpty(const std::string& text) {
   return text.empty() ? "the name of a file is wanted" : "";
+}
+
+// Empty when the text names an open file descriptor.
+std::string CheckDescriptor(const std::string& text) {
+  int descriptor = -1;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), descriptor);
+  const bool number = error == std::errc() && end == text.data() + text.size();
+  return number && descriptor >= 0 && fcntl(descriptor, F_GETFD) >= 0
+             ? ""
+             : text + " is no open file descriptor";
 }
 
 // Copies a card image that is part of the program to `file`.
@@ -434,6 +453,35 @@ qt::QtScreen::BoxListener PrintBoxes(std::atomic<bool>& failed) {
   };
 }
 
+// The PIN that a script gives. False when what it gives is none.
+bool ReadGivenPin(int descriptor, app::SecretCode& pin) {
+  desktop::KeepMemoryPrivate();
+  char line[app::SecretCode::kLongest + 1] = {};
+  const std::size_t size = desktop::ReadSecretLine(descriptor, line);
+  const bool fits = pin.Set(std::string_view(line, size), 4);
+  explicit_bzero(line, sizeof line);
+  return fits;
+}
+
+// The card at rest, so that the program may go. A card that does not answer is left behind: what it
+// was doing is told, and nothing of this process is needed any more.
+void LeaveCard(card::SimService& card, platform::Log& log, int code) {
+  const auto start = std::chrono::steady_clock::now();
+  do {
+    if (card.WaitForRest(kReadPatience)) {
+      return;
+    }
+  } while (card.Changing() && std::chrono::steady_clock::now() - start < kUpdatePatience);
+  const bool changing = card.Changing();
+  std::cerr << "kelpin: the card has not answered"
+            << (changing ? "; an entry was being written: look whether it is as it should be" : "")
+            << std::endl;
+  log.DebugOutput(changing ? u"[KELPIN]:left a card that has not answered an update.\r\n"
+                           : u"[KELPIN]:left a card that has not answered.\r\n");
+  std::fflush(nullptr);
+  std::_Exit(code);
+}
+
 int Start(const Options& options, char* programName, SteadyTime start) {
   // The options are ours alone: some of them mean something else to the toolkit.
   int argc = 1;
@@ -464,6 +512,10 @@ int Start(const Options& options, char* programName, SteadyTime start) {
   if (!desktop::MakePrivateFolder(folders.runtime, why)) {
     return fail(why);
   }
+  app::SecretCode pin;
+  if (options.pinDescriptor >= 0 && !ReadGivenPin(options.pinDescriptor, pin)) {
+    std::cerr << "kelpin: --pin-fd gives no PIN; one has 4 to 8 digits\n";
+  }
   turn.Wait(folders.runtime, kStartPatience);
   if (RaiseRunningCopy(screen)) {
     return picture ? fail("Kelpin runs already; close it, then take the picture") : 0;
@@ -473,33 +525,49 @@ int Start(const Options& options, char* programName, SteadyTime start) {
     return fail(why);
   }
   card::SimService card(*device.channel);
+  card.SetCodeGuard(desktop::KeepMemoryPrivate);
+  const auto abandonCard = [&card] { card.Abandon(); };
+  endSignals.OnRequest(abandonCard);
   card::CardDevices devices;
   qt::QtShell shell(options.platform == "smartphone" ? u"Smartphone" : u"PocketPC");
-  desktop::DesktopPrograms programs(
-      {.dataFolders = desktop::DataFolders(desktop::ProgramFolder()),
-       .helpSection = [&screen] { return screen.HelpSection(); },
-       .helpFailed =
-           [&screen](const std::string& reason) {
-             screen.MessageBox(0, QString::fromStdString(reason).toStdU16String(), u"Kelpin",
-                               ui::kBoxNotice);
-           }});
+  desktop::DesktopPrograms programs({.dataFolders = desktop::DataFolders(desktop::ProgramFolder()),
+                                     .helpSection = [&screen] { return screen.HelpSection(); },
+                                     .helpFailed =
+                                         [&screen](const std::string& reason) {
+                                           screen.MessageBox(
+                                               0, QString::fromStdString(reason).toStdU16String(),
+                                               u"Kelpin", ui::kBoxNotice);
+                                         }});
   desktop::DesktopTelephone telephone;
   desktop::SteadyClock clock;
 
   bool saved = !picture;
   ProgramHooks hooks;
+  hooks.closing = abandonCard;
   if (picture) {
     hooks.listLoaded = [&](app::AppState& state) {
       screen.PostToScreen([&] { Report(screen, state, options.screenshot, start, saved); });
     };
   }
-  const app::Ports ports{card,  card,     devices,   *device.registry, *device.kernel,
-                         shell, programs, telephone, *device.contacts, clock,
-                         *log,  screen};
-  // Served when the program's window can be found.
-  screen.PostToScreen([&turn] { turn.Release(); });
-  const int code = RunProgram(ports, hooks);
-  return saved && !failed ? code : kExitFailure;
+  app::Ports ports{card,  card,     devices,   *device.registry, *device.kernel,
+                   shell, programs, telephone, *device.contacts, clock,
+                   *log,  screen};
+  ports.cardLock = &card;
+  ports.attended = !picture;
+  const bool opened = app::OpenCard(ports, {.code = &pin, .giveUp = abandonCard});
+  int code = 0;
+  if (opened) {
+    // Served when the program's window can be found.
+    screen.PostToScreen([&turn] { turn.Release(); });
+    code = RunProgram(ports, hooks);
+  } else {
+    turn.Release();
+    device.kernel->EndThreads();
+  }
+  code = saved && !failed ? code : kExitFailure;
+  LeaveCard(card, *log, code);
+  endSignals.OnRequest(nullptr);
+  return code;
 }
 
 // A standard stream that is closed would be the next file that is opened, the card perhaps, and all
@@ -544,6 +612,10 @@ int main(int argc, char** argv) {
       ->type_name("FILE");
   bool listReaders = false;
   cli.add_flag("--list-readers", listReaders, "Print the card readers and end");
+  cli.add_option("--pin-fd", options.pinDescriptor,
+                 "The file descriptor from which the card's PIN is read, once, up to a line's end")
+      ->check(CheckDescriptor)
+      ->type_name("N");
   cli.set_version_flag("--version", "Kelpin 6.80");
   try {
     cli.parse(argc, argv);

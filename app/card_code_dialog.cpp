@@ -13,7 +13,8 @@ namespace kelpin::app {
 namespace {
 
 constexpr std::size_t kShortestPin = 4;
-constexpr int kTextLines = 4;     // the longest text on a narrow screen
+constexpr int kLongTextLines = 4;  // on a narrow screen; of a text that warns or explains the PUK
+constexpr int kShortTextLines = 2;
 constexpr int kProblemLines = 2;  // the same of a problem
 
 bool IsDigit(char16_t unit) {
@@ -87,7 +88,9 @@ void CardCodeDialog::Place(ui::Dialog& dialog, ui::Size client) {
     dialog.SetBounds(control, {metrics.margin, y, width, height});
     y += height + gap;
   };
-  put(res::kCardCodeText, kTextLines * metrics.textLineHeight, metrics.gap);
+  const bool isLong = state_.blocked || state_.triesLeft == 1;
+  put(res::kCardCodeText, (isLong ? kLongTextLines : kShortTextLines) * metrics.textLineHeight,
+      metrics.gap);
   if (dialog.Shown(res::kCardCodeProblem)) {
     put(res::kCardCodeProblem, kProblemLines * metrics.textLineHeight, metrics.gap);
   }
@@ -142,6 +145,10 @@ void CardCodeDialog::OnCommand(ui::Dialog& dialog, int command) {
     default:
       break;
   }
+}
+
+void CardCodeDialog::OnClose(ui::Dialog& dialog) {
+  Finish(dialog, ui::kDialogDone);
 }
 
 void CardCodeDialog::Send(ui::Dialog& dialog) {

@@ -29,6 +29,7 @@ class CardCodeDialog : public ui::DialogHandler {
   void OnCommand(ui::Dialog& dialog, int command) override;
   void OnNotify(ui::Dialog& dialog, const ui::Notification& notification) override;
   void OnSize(ui::Dialog& dialog, ui::Size client) override;
+  void OnClose(ui::Dialog& dialog) override;
 
  private:
   std::vector<int> Fields() const;

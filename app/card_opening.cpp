@@ -104,7 +104,7 @@ void Open(const Ports& ports, const CardOpening& opening, OpeningWindow& window)
     UnlockCardWith(*lock, *opening.code);
   }
   platform::CardLockState state;
-  if (lock != nullptr && opening.mayAsk && Succeeded(lock->GetLockState(state)) && state.wanted) {
+  if (lock != nullptr && ports.attended && Succeeded(lock->GetLockState(state)) && state.wanted) {
     if (const ui::WindowHandle owner = window.Want(); owner != 0) {
       UnlockCard(*lock, ports.screen, owner);
     }

@@ -8,7 +8,6 @@
 namespace kelpin::app {
 
 struct CardOpening {
-  bool mayAsk = true;          // somebody is there to type a code
   SecretCode* code = nullptr;  // a PIN that was given beforehand; cleared
   // Ends what waits for the card: the user will not.
   std::function<void()> giveUp;

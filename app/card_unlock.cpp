@@ -86,14 +86,22 @@ void UnlockCardWith(platform::CardLock& lock, SecretCode& code) {
 void UnlockForReading(AppState& state, bool byUser) {
   platform::CardLock* const lock = state.ports.cardLock;
   CardLockState now;
-  if (lock == nullptr || !Succeeded(lock->GetLockState(now)) || !now.wanted ||
-      (!byUser && now.powerUp == state.declinedPowerUp)) {
+  if (lock == nullptr || !state.ports.attended || !Succeeded(lock->GetLockState(now)) ||
+      !now.wanted || (!byUser && now.powerUp == state.declinedPowerUp)) {
     return;
   }
   if (!UnlockCard(*lock, state.ports.screen, state.mainDialog) &&
       Succeeded(lock->GetLockState(now))) {
     state.declinedPowerUp = now.powerUp;
   }
+}
+
+bool CardIsLocked(AppState& state) {
+  if (state.ports.cardLock == nullptr) {
+    return false;
+  }
+  const platform::SimResult result = state.simPhonebook.ReadStatus();
+  return result == platform::SimResult::kPinRequired || result == platform::SimResult::kPukRequired;
 }
 
 }  // namespace kelpin::app

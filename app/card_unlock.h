@@ -22,4 +22,7 @@ void UnlockCardWith(platform::CardLock& lock, SecretCode& code);
 // it. When it was the card that changed, who has given up already is not asked about it again.
 void UnlockForReading(AppState& state, bool byUser);
 
+// The user may yet open the card, and nothing on it can be read until then.
+bool CardIsLocked(AppState& state);
+
 }  // namespace kelpin::app

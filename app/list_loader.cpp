@@ -126,7 +126,9 @@ void ListLoader::Load() {
   }
   ui::ListView& list = List(state_);
   ShowLoading();
-  UpdateOwnNumberHeader(state_);
+  if (!CardIsLocked(state_)) {
+    UpdateOwnNumberHeader(state_);
+  }
   if (!TakeList(state_)) {
     return;
   }

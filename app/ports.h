@@ -31,6 +31,7 @@ struct Ports {
   platform::Log& log;
   ui::Screen& screen;
   platform::CardLock* cardLock = nullptr;  // null: the device asks for no codes
+  bool attended = true;                    // somebody is there to type one
 };
 
 }  // namespace kelpin::app

@@ -32,7 +32,7 @@ constexpr std::size_t kChunk = 0xFF;
 
 constexpr std::uint8_t kToolkitBusy = 0x93;
 constexpr int kBusyRepeats = 3;
-constexpr std::chrono::milliseconds kBusyPause(20);
+constexpr std::chrono::milliseconds kBusyPause(100);
 
 // A code in a command is eight bytes, its digits and then FF (TS 102 221 9.5.1).
 void PutCode(std::string_view digits, std::span<std::uint8_t> bytes) {

@@ -26,10 +26,12 @@ class MemoryCard : public CardChannel {
  public:
   explicit MemoryCard(const std::string& sample) {
     std::ifstream file(std::filesystem::path(KELPIN_SOURCE_DIR) / "res/cards" / (sample + ".json"));
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
-    std::string error;
-    EXPECT_TRUE(softcard::ReadImage(text, image_, error)) << error;
-    card_ = std::make_unique<softcard::ApduInterpreter>(image_, [] { return true; });
+    Insert({std::istreambuf_iterator<char>(file), {}});
+  }
+  static std::unique_ptr<MemoryCard> FromText(const std::string& text) {
+    std::unique_ptr<MemoryCard> card(new MemoryCard());
+    card->Insert(text);
+    return card;
   }
 
   // The command `commands` from now is the first that the card does not answer; it is carried out
@@ -70,6 +72,13 @@ class MemoryCard : public CardChannel {
   std::uint64_t Commands() const { return commands_; }
 
  private:
+  MemoryCard() = default;
+  void Insert(const std::string& text) {
+    std::string error;
+    EXPECT_TRUE(softcard::ReadImage(text, image_, error)) << error;
+    card_ = std::make_unique<softcard::ApduInterpreter>(image_, [] { return true; });
+  }
+
   softcard::CardImage image_;
   std::unique_ptr<softcard::ApduInterpreter> card_;
   std::uint32_t cutAt_ = 0;

@@ -33,6 +33,12 @@ class ImageCheck {
   std::vector<std::string> dangling;
   std::vector<std::string> twice;
   std::vector<std::string> orphans;
+  // How often a record of a type-2 file or of the extension file is referred to.
+  int References(const std::string& file, std::size_t record) const {
+    const auto counts = references_.find(file);
+    return counts != references_.end() && record < counts->second.size() ? counts->second[record]
+                                                                         : 0;
+  }
 
  private:
   const softcard::FileContent& File(const std::string& id) const;

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <functional>
 
 #include "tests/card/ext_card.h"
 #include "tests/card/ext_image_check.h"
@@ -188,67 +187,6 @@ TEST(ExtPhonebookFlow, ACardWithoutAReferenceFileHasNoExtendedFields) {
   std::uint32_t existing = 0;
   EXPECT_EQ(Number(book, FieldSlot::kSecondNumber, 1, existing), u"!");
 }
-
-// Power is lost at the first, second, … command of a write: what other entries hold stays, and no
-// reference leads to a free record or to one that has two.
-class ExtPowerCut : public ::testing::TestWithParam<bool> {};
-
-TEST_P(ExtPowerCut, LeavesNoReferenceAstray) {
-  const SampleCard& sample = SampleCards()[0];
-  // Entry 4 has an e-mail, entry 3 a third number.
-  using Write = std::function<void(sim::RilExtPhonebook&)>;
-  const auto number = [](FieldSlot slot, std::uint32_t location, std::u16string text) -> Write {
-    return [=](sim::RilExtPhonebook& book) {
-      std::uint32_t existing = kNoRecord;
-      Number(book, slot, location, existing);
-      static_cast<void>(book.WriteNumberField(slot, location, {text, 0}, false, existing));
-    };
-  };
-  const auto text = [](FieldSlot slot, std::uint32_t location, std::u16string value) -> Write {
-    return [=](sim::RilExtPhonebook& book) {
-      std::uint32_t existing = kNoRecord;
-      Text(book, slot, location, existing);
-      static_cast<void>(book.WriteTextField(slot, location, value, existing));
-    };
-  };
-  const std::vector<std::vector<Write>> steps = {
-      {number(FieldSlot::kSecondNumber, 17, kLong), number(FieldSlot::kSecondNumber, 17, u"1"),
-       number(FieldSlot::kSecondNumber, 17, kLong), number(FieldSlot::kSecondNumber, 17, u"")},
-      {number(FieldSlot::kThirdNumber, 3, kLong), number(FieldSlot::kThirdNumber, 3, u"1"),
-       number(FieldSlot::kThirdNumber, 3, kLong), number(FieldSlot::kThirdNumber, 3, u"")},
-      {text(FieldSlot::kEmail, 17, u"x"), text(FieldSlot::kEmail, 17, u"y"),
-       text(FieldSlot::kEmail, 17, u""), text(FieldSlot::kEmail, 4, u"")}};
-  for (const auto& writes : steps) {
-    for (std::size_t target = 0; target < writes.size(); ++target) {
-      for (std::uint32_t command = 1;; ++command) {
-        ASSERT_LT(command, 400u);
-        MemoryCard card("usim");
-        {
-          ExtStack stack(card);
-          for (std::size_t before = 0; before < target; ++before) writes[before](stack.book);
-          card.CutAt(command, GetParam());
-          writes[target](stack.book);
-        }
-        const bool cut = card.WasCut();
-        card.CutAt(0, false);
-        const ImageCheck check(card.Image(), sample);
-        EXPECT_EQ(check.dangling, std::vector<std::string>{}) << target << " " << command;
-        EXPECT_EQ(check.twice, std::vector<std::string>{}) << target << " " << command;
-        EXPECT_LE(check.orphans.size(), 2u);
-        if (!cut) {
-          EXPECT_EQ(check.orphans, std::vector<std::string>{}) << target;
-          break;
-        }
-        ExtStack stack(card);
-        std::uint32_t existing = 0;
-        EXPECT_EQ(Text(stack.book, FieldSlot::kEmail, 7, existing), u"malgorzata@example.org");
-        EXPECT_EQ(Number(stack.book, FieldSlot::kSecondNumber, 2, existing), u"+496990009331");
-      }
-    }
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(BeforeAndAfterTheCommand, ExtPowerCut, ::testing::Bool());
 
 }  // namespace
 }  // namespace kelpin::device::card

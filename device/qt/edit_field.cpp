@@ -159,25 +159,53 @@ void EditField::contextMenuEvent(QContextMenuEvent* event) {
                                                           : event->globalPos());
 }
 
+bool EditField::IsOnSelection(QPoint at) {
+  const int position = cursorPositionAt(at);
+  return hasSelectedText() && position >= selectionStart() && position <= selectionEnd();
+}
+
+void EditField::DeliverPress() {
+  if (const std::unique_ptr<QMouseEvent> press = std::move(press_)) {
+    QLineEdit::mousePressEvent(press.get());
+  }
+}
+
+// A press takes the selection away, a hold asks what to do with it.
 void EditField::mousePressEvent(QMouseEvent* event) {
-  QLineEdit::mousePressEvent(event);
-  if (event->button() == Qt::LeftButton) {
-    pressedAt_ = event->position().toPoint();
-    hold_.start(QGuiApplication::styleHints()->mousePressAndHoldInterval(), this);
+  pressedAt_ = event->position().toPoint();
+  if (event->button() != Qt::LeftButton) {
+    QLineEdit::mousePressEvent(event);
+    return;
+  }
+  hold_.start(QGuiApplication::styleHints()->mousePressAndHoldInterval(), this);
+  if (event->modifiers() == Qt::NoModifier && IsOnSelection(pressedAt_)) {
+    press_.reset(event->clone());
+  } else {
+    QLineEdit::mousePressEvent(event);
   }
 }
 
 void EditField::mouseMoveEvent(QMouseEvent* event) {
-  QLineEdit::mouseMoveEvent(event);
   if ((event->position().toPoint() - pressedAt_).manhattanLength() >=
       QGuiApplication::styleHints()->startDragDistance()) {
     hold_.stop();
+    DeliverPress();
+  }
+  if (press_ == nullptr) {
+    QLineEdit::mouseMoveEvent(event);
   }
 }
 
 void EditField::mouseReleaseEvent(QMouseEvent* event) {
   hold_.stop();
+  DeliverPress();
   QLineEdit::mouseReleaseEvent(event);
+}
+
+void EditField::mouseDoubleClickEvent(QMouseEvent* event) {
+  hold_.stop();
+  DeliverPress();
+  QLineEdit::mouseDoubleClickEvent(event);
 }
 
 void EditField::timerEvent(QTimerEvent* event) {
@@ -186,6 +214,7 @@ void EditField::timerEvent(QTimerEvent* event) {
     return;
   }
   hold_.stop();
+  press_.reset();
   OpenMenu(mapToGlobal(pressedAt_));
 }
 

@@ -2,6 +2,8 @@
 
 #include <QBasicTimer>
 #include <QLineEdit>
+#include <QMouseEvent>
+#include <memory>
 
 #include "device/qt/dialog_events.h"
 #include "ui/dialog.h"
@@ -25,6 +27,7 @@ class EditField : public QLineEdit {
   void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
   void timerEvent(QTimerEvent* event) override;
 
  private:
@@ -33,6 +36,9 @@ class EditField : public QLineEdit {
   void ReplaceText(const QString& text);
   void PutSelection(int start, int end);
   void OpenMenu(QPoint global);
+  bool IsOnSelection(QPoint at);
+  // The press that was kept back reaches the field.
+  void DeliverPress();
 
   ui::Dialog& dialog_;
   DialogEvents& events_;
@@ -40,6 +46,7 @@ class EditField : public QLineEdit {
   bool applying_ = false;
   QBasicTimer hold_;
   QPoint pressedAt_;
+  std::unique_ptr<QMouseEvent> press_;  // on what is selected, until it is known not to be a hold
 };
 
 }  // namespace kelpin::qt

@@ -5,6 +5,11 @@ cd "$(dirname "$0")/.."
 cmake -S . -B build -G Ninja >/dev/null
 cmake --build build --parallel "${JOBS:-$(nproc)}" --target kelpin kelpin_bench
 build/kelpin_bench
+# Built where the library for card readers is installed.
+if ninja -C build -t query kelpin_reader_bench >/dev/null 2>&1; then
+  cmake --build build --parallel "${JOBS:-$(nproc)}" --target kelpin_reader_bench
+  build/kelpin_reader_bench
+fi
 
 echo "Start to first painted list, and memory, of the window program (median of 7, no display)"
 echo

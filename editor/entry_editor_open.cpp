@@ -163,6 +163,9 @@ void EntryEditor::ShowContent(const EntryContent& content) {
     app::ShowSimError(state_.ports.screen, editor_.owner, content.failure);
     return;
   }
+  // Where one goes on writing.
+  const int end = static_cast<int>(dialog_->Text(controls_.name.edit).size());
+  dialog_->SetSelection(controls_.name.edit, end, end);
   // After what is still to be done for the opening.
   OnScreen([this] { FocusName(); });
   if (state_.isSmartphone == 0) {

@@ -32,7 +32,11 @@ void DrawButton(QPainter& painter, const QStyleOption& option, bool primary) {
   const bool down = option.state.testFlag(QStyle::State_Sunken);
   const bool hover = enabled && option.state.testFlag(QStyle::State_MouseOver);
   const bool focus = enabled && option.state.testFlag(QStyle::State_HasFocus);
-  QColor fill = palette.color(down ? kSelectionRole : hover ? kHoverRole : QPalette::Button);
+  // One that is off is as flat as a field that is.
+  QColor fill = palette.color(!enabled ? QPalette::Window
+                              : down   ? kSelectionRole
+                              : hover  ? kHoverRole
+                                       : QPalette::Button);
   const QColor border = palette.color(focus ? kAccentRole : kBorderRole);
   if (primary && enabled) {
     const QColor accent = palette.color(kAccentRole);

@@ -63,6 +63,8 @@ TEST_F(EditEntryTest, ShowsTheEntryWithItsLocationThatCannotBeChanged) {
     EXPECT_EQ(dialog.Limit(1060), 28);
     EXPECT_EQ(dialog.Limit(2007), 10);
     EXPECT_EQ(dialog.Focus(), 1012);
+    EXPECT_EQ(dialog.Control(1012)->selectionStart, 4);  // behind "Anna"
+    EXPECT_EQ(dialog.Control(1012)->selectionEnd, 4);
     EXPECT_FALSE(device.screen.WaitCursor());
   });
 }

@@ -12,7 +12,9 @@
 #include <vector>
 
 #include "app/app_state.h"
+#include "bench/card_time.h"
 #include "bench/counting_channel.h"
+#include "bench/extended_bench.h"
 #include "device/card/card_devices.h"
 #include "device/card/sim_service.h"
 #include "device/kernel/kernel.h"
@@ -36,9 +38,6 @@ namespace kelpin::bench {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr double kSecondsPerByte = 12 * 372 / 3.5712e6;  // 12 etu at 9600 bit/s (ISO/IEC 7816-3)
-constexpr double kSecondsPerCommand = 0.020;             // a card that answers in 20 ms
 
 double ProcessSeconds() {
   timespec now{};
@@ -166,6 +165,7 @@ int main() {
     return 1;
   }
   kelpin::bench::CardCommands(scratch);
+  kelpin::bench::ExtendedCosts();
   kelpin::bench::OwnTime(scratch);
   std::filesystem::remove_all(scratch);
   return 0;

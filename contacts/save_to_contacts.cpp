@@ -16,7 +16,6 @@
 namespace kelpin::contacts {
 namespace {
 
-constexpr std::uint32_t kNotBusy = 0;
 constexpr std::size_t kProgressFrom = 2;  // entries
 
 ui::ListView& List(const app::AppState& state) {
@@ -92,7 +91,6 @@ bool SaveToContacts::CopyEntries(const Watch& watch) {
     run.Close();
   }
   state_.ports.screen.SetWaitCursor(false);
-  state_.dialog->PostMessage(res::kMessageSetBusy, 0, kNotBusy);
   return told;
 }
 

@@ -17,6 +17,7 @@ using sim::FieldSlot;
 namespace {
 
 constexpr std::uint32_t kBusy = 1;
+constexpr std::uint32_t kNotBusy = 0;
 
 ui::ListView& List(const app::AppState& state) {
   return *state.dialog->List(res::kMainList);
@@ -39,6 +40,12 @@ int SimToContacts::Open() {
   prompt_.Reset(PromptDirection::kIntoContacts);
   counters_ = {};
   return connection_.Open();
+}
+
+void SimToContacts::Close() {
+  connection_.Close();
+  // Posted, so that it comes after what was posted at a prompt.
+  state_.dialog->PostMessage(res::kMessageSetBusy, 0, kNotBusy);
 }
 
 SimToContacts::Step SimToContacts::CopyNext(ui::WindowHandle owner, EntryCopy& entry) {

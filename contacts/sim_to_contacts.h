@@ -44,7 +44,8 @@ class SimToContacts {
 
   // 1, or 0 when Contacts cannot be opened; no Close then. Puts prompt and counters at their start.
   [[nodiscard]] int Open();
-  void Close() { connection_.Close(); }
+  // Also tells the main window to be busy no more.
+  void Close();
 
   // The next entry. Prompts belong to `owner`.
   [[nodiscard]] Step CopyNext(ui::WindowHandle owner, EntryCopy& entry);

@@ -16,14 +16,15 @@ std::u16string_view UpToNul(std::u16string_view text) {
   return text.substr(0, text.find(u'\0'));
 }
 
-std::u16string_view Limited(std::u16string_view text) {
-  text = UpToNul(text);
+// Cuts the text at a NUL and where it gets too long, between characters.
+void Limit(std::u16string& text) {
+  text.resize(UpToNul(text).size());
   if (text.size() <= kContactTextLimit) {
-    return text;
+    return;
   }
   const char16_t last = text[kContactTextLimit - 1];
   const bool firstOfPair = last >= 0xD800 && last <= 0xDBFF;
-  return text.substr(0, firstOfPair ? kContactTextLimit - 1 : kContactTextLimit);
+  text.resize(firstOfPair ? kContactTextLimit - 1 : kContactTextLimit);
 }
 
 // The text of a GetProps reply that is longer than its header.
@@ -36,7 +37,8 @@ std::u16string TextOfReply(std::span<const std::byte> reply) {
   const std::span<const std::byte> value = reply.subspan(static_cast<std::size_t>(header.value));
   std::u16string text(value.size() / sizeof(char16_t), u'\0');
   std::memcpy(text.data(), value.data(), text.size() * sizeof(char16_t));
-  return std::u16string(Limited(text));
+  Limit(text);
+  return text;
 }
 
 }  // namespace
@@ -215,12 +217,20 @@ AddOrOverwriteResult ContactsConnection::AddOrOverwriteContact(int overwrite,
                                 : AddOrOverwriteResult::kFailed;
 }
 
+int ReadContactText(platform::IContact& contact, ContactProperty property, std::u16string& text) {
+  text.clear();
+  if (!Succeeded(contact.Get(property, text))) {
+    text.clear();
+    return 0;
+  }
+  Limit(text);
+  return 1;
+}
+
 std::u16string ContactText(platform::IContact& contact, ContactProperty property) {
   std::u16string text;
-  if (!Succeeded(contact.Get(property, text))) {
-    return {};
-  }
-  return std::u16string(Limited(text));
+  static_cast<void>(ReadContactText(contact, property, text));
+  return text;
 }
 
 void PutContactText(platform::IContact& contact, ContactProperty property,

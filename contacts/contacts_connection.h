@@ -82,6 +82,9 @@ struct ContactsConnection {
 // A text of the contact, up to a NUL and at most kContactTextLimit units of it, no surrogate pair
 // cut in two; empty when it cannot be read.
 std::u16string ContactText(platform::IContact& contact, platform::ContactProperty property);
+// The same for a caller who has to know whether it could be read. 1 or 0.
+[[nodiscard]] int ReadContactText(platform::IContact& contact, platform::ContactProperty property,
+                                  std::u16string& text);
 
 // Writes a text up to a NUL. Whether it could be written shows when the contact is saved.
 void PutContactText(platform::IContact& contact, platform::ContactProperty property,

@@ -22,7 +22,7 @@ class ContactBook {
   // `numbers` ascend and are some of the above; what has gone since is nullopt.
   virtual platform::ComResult Read(std::span<const std::int32_t> numbers,
                                    std::vector<std::optional<ContactRecord>>& records) = 0;
-  // Another value than before when what Read gave may not be true any more.
+  // Another value than before when this session has changed what Read gave.
   virtual std::uint64_t Version() = 0;
   // kNotFound when there is no such contact.
   virtual platform::ComResult Exists(std::int32_t number) = 0;

@@ -18,7 +18,34 @@ using platform::ContactProperty;
 
 namespace {
 
-using Book = std::shared_ptr<ContactBook>;
+// A session on the book, shared by the objects that came of it. Whoever goes through the contacts
+// asks for the company's number of the one just read, which then need not be read again.
+class Session {
+ public:
+  explicit Session(std::shared_ptr<ContactBook> book) : book_(std::move(book)) {}
+
+  ContactBook* operator->() const { return book_.get(); }
+  ContactBook& operator*() const { return *book_; }
+
+  // A contact that was read when the book had this version.
+  void Remember(std::int32_t number, const std::string& companyPhone, std::uint64_t version) {
+    number_ = number;
+    companyPhone_ = companyPhone;
+    version_ = version;
+  }
+  // Null when the contact is another one, or may have changed.
+  const std::string* CompanyPhone(std::int32_t number) const {
+    return number == number_ && book_->Version() == version_ ? &companyPhone_ : nullptr;
+  }
+
+ private:
+  std::shared_ptr<ContactBook> book_;
+  std::int32_t number_ = 0;
+  std::string companyPhone_;
+  std::uint64_t version_ = 0;
+};
+
+using Book = std::shared_ptr<Session>;
 
 // As many contacts are read at once when they are asked for one after the other.
 constexpr std::size_t kLargestPage = 256;
@@ -54,8 +81,8 @@ class Contact : public platform::IContact {
     return ComResult::kOk;
   }
   ComResult Save() override {
-    const ComResult result =
-        number_ == 0 ? book_->Add(record_, number_) : book_->Change(number_, record_, changed_);
+    const ComResult result = number_ == 0 ? (*book_)->Add(record_, number_)
+                                          : (*book_)->Change(number_, record_, changed_);
     if (Succeeded(result)) changed_.reset();
     return result;
   }
@@ -76,7 +103,7 @@ class Item : public platform::IItem {
     contact = nullptr;
     if (interfaceId != platform::kIContact) return ComResult::kNoInterface;
     ContactRecord record;
-    const ComResult result = ReadOne(*book_, number_, record);
+    const ComResult result = ReadOne(**book_, number_, record);
     if (Succeeded(result)) contact = std::make_shared<Contact>(book_, number_, std::move(record));
     return result;
   }
@@ -86,8 +113,12 @@ class Item : public platform::IItem {
       return ComResult::kInvalidArgument;
     }
     std::string phone;
-    const ComResult result = book_->CompanyPhone(number_, phone);
-    if (!Succeeded(result)) return result;
+    if (const std::string* const known = book_->CompanyPhone(number_)) {
+      phone = *known;
+    } else {
+      const ComResult result = (*book_)->CompanyPhone(number_, phone);
+      if (!Succeeded(result)) return result;
+    }
     std::u16string text = ToUtf16(phone);
     text.resize(std::min(text.size(), kLongestProperty));
     const std::size_t bytes = text.empty() ? 0 : (text.size() + 1) * sizeof(char16_t);
@@ -101,7 +132,7 @@ class Item : public platform::IItem {
     if (bytes != 0) std::memcpy(reply.data() + sizeof header, text.c_str(), bytes);
     return ComResult::kOk;
   }
-  ComResult Delete() override { return book_->Delete(number_); }
+  ComResult Delete() override { return (*book_)->Delete(number_); }
 
  private:
   Book book_;
@@ -132,6 +163,7 @@ class Items : public platform::IPOutlookItemCollection {
     next_ = index + 1;
     std::optional<ContactRecord>& record = page_[index - pageStart_];
     if (!record.has_value()) return ComResult::kNotFound;
+    book_->Remember(numbers_[index], (*record)[kCompanyPhoneText], version_);
     contact = std::make_shared<Contact>(book_, numbers_[index], *std::move(record));
     record.reset();
     return ComResult::kOk;
@@ -145,13 +177,13 @@ class Items : public platform::IPOutlookItemCollection {
   // Late, because a collection that is only added to needs none of them.
   ComResult TakeNumbers() {
     if (taken_) return ComResult::kOk;
-    const ComResult result = book_->Numbers(numbers_);
+    const ComResult result = (*book_)->Numbers(numbers_);
     taken_ = Succeeded(result);
     return result;
   }
 
   ComResult FetchPage(std::size_t index) {
-    const std::uint64_t version = book_->Version();
+    const std::uint64_t version = (*book_)->Version();
     const bool forward = index == next_;
     if (forward && version == version_ && index < pageStart_ + page_.size()) {
       return ComResult::kOk;
@@ -161,7 +193,7 @@ class Items : public platform::IPOutlookItemCollection {
     const std::size_t length = std::min(std::max<std::size_t>(wanted, 1), numbers_.size() - index);
     pageStart_ = index;
     version_ = version;
-    const ComResult result = book_->Read(std::span(numbers_).subspan(index, length), page_);
+    const ComResult result = (*book_)->Read(std::span(numbers_).subspan(index, length), page_);
     if (Succeeded(result) && page_.size() == length) return ComResult::kOk;
     page_.clear();
     return Succeeded(result) ? ComResult::kFail : result;
@@ -193,7 +225,10 @@ class App : public platform::IPOutlookApp {
   explicit App(ObjectStore& store) : store_(store) {}
 
   ComResult Logon(std::uint32_t /*window*/) override {
-    if (book_ == nullptr) book_ = store_.OpenBook();
+    if (book_ == nullptr) {
+      std::shared_ptr<ContactBook> book = store_.OpenBook();
+      if (book != nullptr) book_ = std::make_shared<Session>(std::move(book));
+    }
     return book_ != nullptr ? ComResult::kOk : ComResult::kFail;
   }
   ComResult Logoff() override {
@@ -211,7 +246,8 @@ class App : public platform::IPOutlookApp {
                              std::shared_ptr<platform::IItem>& item) override {
     item = nullptr;
     if (book_ == nullptr) return ComResult::kFail;
-    const ComResult result = book_->Exists(oid);
+    const bool known = book_->CompanyPhone(oid) != nullptr;
+    const ComResult result = known ? ComResult::kOk : (*book_)->Exists(oid);
     if (Succeeded(result)) item = std::make_shared<Item>(book_, oid);
     return result;
   }
@@ -262,7 +298,7 @@ ComResult ObjectStore::FindMatchingContact(platform::IPOutlookApp& app, std::u16
   const std::string fileAs = ToUtf8(name);
   if (fileAs.empty()) return ComResult::kFalse;
   std::int32_t number = 0;
-  const ComResult result = book->Find(fileAs, number, index);
+  const ComResult result = (*book)->Find(fileAs, number, index);
   if (result == ComResult::kOk) item = std::make_shared<Item>(book, number);
   return result;
 }

@@ -1,5 +1,6 @@
 #include "device/contacts/text_form.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -92,8 +93,13 @@ std::string ToUtf8(std::u16string_view text) {
 }
 
 std::u16string ToUtf16(std::string_view bytes) {
-  std::u16string text;
-  text.reserve(bytes.size());
+  // Most texts are ASCII, all or most of them.
+  const auto* const other = std::find_if(bytes.begin(), bytes.end(), [](char byte) {
+    return static_cast<std::uint8_t>(byte) >= 0x80;
+  });
+  std::u16string text(bytes.begin(), other);
+  bytes.remove_prefix(text.size());
+  text.reserve(text.size() + bytes.size());
   while (!bytes.empty()) {
     std::size_t length = 1;
     const char32_t character = CharacterAt(bytes, length);

@@ -22,7 +22,9 @@ int Database::Open(const std::string& path) {
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
   sqlite3_db_config(handle_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
   // A save that was reported stays whatever happens next.
-  return Run("PRAGMA synchronous=FULL; PRAGMA cell_size_check=ON; PRAGMA mmap_size=0");
+  return Run(
+      "PRAGMA synchronous=FULL; PRAGMA cell_size_check=ON; PRAGMA mmap_size=0; "
+      "PRAGMA cache_size=-16384");
 }
 
 int Database::Run(const char* sql) {

@@ -85,15 +85,18 @@ ComResult SqliteBook::Read(std::span<const std::int32_t> numbers,
   return result == SQLITE_DONE ? ComResult::kOk : ComResult::kFail;
 }
 
-std::uint64_t SqliteBook::Version() {
-  // One tells of others' changes, the other of this session's.
-  std::int64_t others = 0;
-  if (version_.Prepare(database_, "PRAGMA data_version")) {
-    const StatementRun run(version_);
-    others = version_.Step() == SQLITE_ROW ? version_.Integer(0) : 0;
+std::int64_t SqliteBook::DataVersion() {
+  if (!version_.Prepare(database_, "PRAGMA data_version")) {
+    return 0;
   }
-  const std::int64_t own = sqlite3_total_changes64(database_.Handle());
-  return (static_cast<std::uint64_t>(others) << 32) ^ static_cast<std::uint64_t>(own);
+  const StatementRun run(version_);
+  return version_.Step() == SQLITE_ROW ? version_.Integer(0) : 0;
+}
+
+// Others' changes are seen with the next page, which is a moment later; asking for them each time
+// would take longer than reading.
+std::uint64_t SqliteBook::Version() {
+  return static_cast<std::uint64_t>(sqlite3_total_changes64(database_.Handle()));
 }
 
 ComResult SqliteBook::Exists(std::int32_t number) {
@@ -122,28 +125,38 @@ ComResult SqliteBook::CompanyPhone(std::int32_t number, std::string& phone) {
   return ComResult::kOk;
 }
 
+// Counting in the file would go through all of it each time.
+ComResult SqliteBook::PositionOf(std::int32_t number, std::int32_t& position) {
+  const std::int64_t version = DataVersion();
+  if (knownAt_ != version) {
+    const ComResult result = Numbers(known_);
+    if (!Succeeded(result)) {
+      knownAt_ = -1;
+      return result;
+    }
+    knownAt_ = version;
+  }
+  const auto end = std::upper_bound(known_.begin(), known_.end(), number);
+  position = static_cast<std::int32_t>(end - known_.begin());
+  return ComResult::kOk;
+}
+
 ComResult SqliteBook::Find(std::string_view fileAs, std::int32_t& number, std::int32_t& position) {
   // The index leaves out the empty ones, and is used only where the question does so too.
   if (!find_.Prepare(database_,
                      "SELECT oid FROM contact WHERE file_as=?1 AND file_as<>'' ORDER BY oid "
-                     "LIMIT 1") ||
-      !position_.Prepare(database_, "SELECT count(*) FROM contact WHERE oid<=?1")) {
+                     "LIMIT 1")) {
     return ComResult::kFail;
   }
-  const StatementRun findRun(find_);
+  const StatementRun run(find_);
   find_.Bind(1, fileAs);
   const int result = find_.Step();
   if (result != SQLITE_ROW) {
     return result == SQLITE_DONE ? ComResult::kFalse : ComResult::kFail;
   }
-  const StatementRun positionRun(position_);
-  position_.Bind(1, find_.Integer(0));
-  if (position_.Step() != SQLITE_ROW) {
-    return ComResult::kFail;
-  }
   number = static_cast<std::int32_t>(find_.Integer(0));
-  position = static_cast<std::int32_t>(position_.Integer(0));
-  return ComResult::kOk;
+  find_.Reset();
+  return PositionOf(number, position);
 }
 
 ComResult SqliteBook::Add(const ContactRecord& record, std::int32_t& number) {
@@ -157,6 +170,7 @@ ComResult SqliteBook::Add(const ContactRecord& record, std::int32_t& number) {
   const ComResult result = Finish(add_);
   if (Succeeded(result)) {
     number = static_cast<std::int32_t>(sqlite3_last_insert_rowid(database_.Handle()));
+    known_.push_back(number);  // the highest; of no use when others have changed anything too
   }
   return result;
 }
@@ -213,6 +227,7 @@ ComResult SqliteBook::Delete(std::int32_t number) {
   if (!Succeeded(result)) {
     return result;
   }
+  known_.erase(std::remove(known_.begin(), known_.end(), number), known_.end());
   return sqlite3_changes(database_.Handle()) == 1 ? ComResult::kOk : ComResult::kNotFound;
 }
 

@@ -36,7 +36,14 @@ class SqliteBook final : public ContactBook {
   platform::ComResult AddAll(std::span<const ContactRecord> records);
 
  private:
+  // Tells of others' changes.
+  std::int64_t DataVersion();
+  platform::ComResult PositionOf(std::int32_t number, std::int32_t& position);
+
   Database database_;
+  // All numbers, ascending, as long as the data version is the one they were taken at.
+  std::vector<std::int32_t> known_;
+  std::int64_t knownAt_ = -1;
   // Prepared when they are first needed.
   Statement numbers_;
   Statement read_;
@@ -44,7 +51,6 @@ class SqliteBook final : public ContactBook {
   Statement exists_;
   Statement companyPhone_;
   Statement find_;
-  Statement position_;
   Statement add_;
   Statement delete_;
 };

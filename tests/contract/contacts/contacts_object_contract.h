@@ -204,6 +204,21 @@ TYPED_TEST_P(ContactsObjectContract, ADeletedContactIsGoneForGood) {
   EXPECT_EQ(session.Count(), 0);
 }
 
+TYPED_TEST_P(ContactsObjectContract, AContactReadByItsPositionAndThenDeletedIsGoneToo) {
+  const std::int32_t oid = this->maker_.AddWithCompanyPhone(u"5");
+  ContactsSession session(this->Port());
+  std::shared_ptr<platform::IContact> contact;
+  ASSERT_EQ(session.items->Item(1, contact), platform::ComResult::kOk);
+  const auto item = session.ItemOf(oid);
+  std::uint32_t size = 0;
+  EXPECT_EQ(session.CompanyPhone(oid, size), std::u16string(u"5\0", 2));
+  EXPECT_EQ(session.ItemOf(oid)->Delete(), platform::ComResult::kOk);
+  EXPECT_EQ(item->GetProps(platform::kCompanyPhoneProperty, 0, {}, size),
+            platform::ComResult::kNotFound);
+  std::shared_ptr<platform::IItem> other;
+  EXPECT_EQ(session.app->GetItemFromOidEx(oid, 0, other), platform::ComResult::kNotFound);
+}
+
 TYPED_TEST_P(ContactsObjectContract, ANumberIsNeverGivenToAnotherContact) {
   std::int32_t last = 0;
   for (int round = 0; round < 3; ++round) {
@@ -268,7 +283,8 @@ REGISTER_TYPED_TEST_SUITE_P(
     AContactSavedTwiceIsOneContact, PositionsFollowTheOrderContactsWereMadeIn,
     PositionsCanBeAskedForInAnyOrder, ACollectionStaysWhatItWasWhenItWasCounted,
     AContactReadAfterAChangeHasTheChange, ADeletedContactIsGoneForGood,
-    ANumberIsNeverGivenToAnotherContact, ANumberMeansTheSameContactInAnotherSessionAndProgram,
-    AnItemIsAContactAndNothingElse, SessionsOfSeveralThreadsLoseNothing);
+    AContactReadByItsPositionAndThenDeletedIsGoneToo, ANumberIsNeverGivenToAnotherContact,
+    ANumberMeansTheSameContactInAnotherSessionAndProgram, AnItemIsAContactAndNothingElse,
+    SessionsOfSeveralThreadsLoseNothing);
 
 }  // namespace kelpin::contract

@@ -230,7 +230,7 @@ void DialogWindow::Sync() {
   }
   SyncFocus();
   if (const int wanted = dialog_->TakeScrollIntoView(); wanted != 0) {
-    scroll_->ensureWidgetVisible(controls_[wanted].widget, 0, 16);
+    BringIntoView(*controls_[wanted].widget);
   }
 }
 
@@ -281,6 +281,15 @@ void DialogWindow::PlaceAll(const std::vector<ui::ControlState>& states) {
   content_->resize(client.width, std::max(client.height, room));
 }
 
+// The whole control with the label over it: QScrollArea's own way is content with a field's caret.
+void DialogWindow::BringIntoView(const QWidget& widget) {
+  constexpr int kAround = 24;
+  const QPoint middle = widget.geometry().center();
+  const int room = scroll_->viewport()->height() / 2;
+  scroll_->ensureVisible(middle.x(), middle.y(), 0,
+                         std::min(widget.height() / 2 + Scaled(kAround), room));
+}
+
 void DialogWindow::SyncFocus() {
   const int wanted = dialog_->Focus();
   const auto found = controls_.find(wanted);
@@ -301,7 +310,7 @@ void DialogWindow::SyncFocus() {
   focus_ = wanted;
   if (has != widget) {
     widget->setFocus(Qt::OtherFocusReason);
-    scroll_->ensureWidgetVisible(found->second.widget, 0, 16);
+    BringIntoView(*found->second.widget);
   }
 }
 
@@ -406,7 +415,7 @@ void DialogWindow::resizeEvent(QResizeEvent* event) {
   Sync();
   if (QWidget* focused = focusWidget();
       focused != nullptr && qobject_cast<EditField*>(focused) != nullptr) {
-    scroll_->ensureWidgetVisible(focused, 0, 16);
+    BringIntoView(*focused);
   }
   Q_EMIT Resized(size());
 }
@@ -445,7 +454,7 @@ bool DialogWindow::eventFilter(QObject* watched, QEvent* event) {
                      [watched](const auto& entry) { return entry.second.active == watched; });
     if (found != controls_.end()) {
       focus_ = found->first;
-      scroll_->ensureWidgetVisible(found->second.widget, 0, 16);
+      BringIntoView(*found->second.widget);
       dialog_->FocusByUser(found->first);
     }
   }

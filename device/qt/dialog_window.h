@@ -68,6 +68,7 @@ class DialogWindow : public QDialog, public DialogEvents {
   void LayOutFrame();
   void TellSize();
   void PlaceAll(const std::vector<ui::ControlState>& states);
+  void BringIntoView(const QWidget& widget);
   void SyncFocus();
   void SyncAll();  // after a change of colours or text size
   QPoint PopupPlace(ui::Point point) const;

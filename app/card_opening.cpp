@@ -15,8 +15,6 @@
 namespace kelpin::app {
 namespace {
 
-// A card that is as quick as most never has a window of its own come and go.
-constexpr std::chrono::milliseconds kPatience(300);
 constexpr int kTextLines = 3;
 
 // The window that says that the card takes long. It goes when the card was opened: until then its
@@ -45,7 +43,7 @@ class OpeningWindow final : public ui::DialogHandler {
 
   // The screen's thread. True when the worker was done before a window was needed.
   bool WaitAWhile() {
-    const auto end = std::chrono::steady_clock::now() + kPatience;
+    const auto end = std::chrono::steady_clock::now() + opening_.patience;
     const MutexLock lock(lock_);
     while (!done_ && !wanted_) {
       if (changed_.wait_until(lock_, end) == std::cv_status::timeout) break;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 
 #include "app/ports.h"
@@ -10,7 +11,9 @@ namespace kelpin::app {
 struct CardOpening {
   SecretCode* code = nullptr;  // a PIN that was given beforehand; cleared
   // Ends what waits for the card: the user will not.
-  std::function<void()> giveUp;
+  std::function<void()> giveUp = {};
+  // A card that is as quick as most never has a window of its own come and go.
+  std::chrono::milliseconds patience{300};
 };
 
 // Has the card answer for the first time and, where it wants its PIN, unlocked, before the program

@@ -80,7 +80,7 @@ class IContact {
   // A text that was never set is empty. On failure `text` is left as it was.
   virtual ComResult Get(ContactProperty property, std::u16string& text) = 0;
   virtual ComResult Put(ContactProperty property, std::u16string_view text) = 0;
-  // All or nothing; when it succeeds the contact is on the disk.
+  // What was put since, all or nothing, and no other text; when it succeeds it is on the disk.
   virtual ComResult Save() = 0;
 };
 

@@ -219,8 +219,11 @@ bool PrepareContactsFile(const std::string& path, std::string& why) {
   if (database.Number("SELECT count(*) FROM sqlite_schema", -1) == 0 && !MakeTables(database)) {
     return Refuse(path, "the contacts file cannot be made: " + database.Problem(), why);
   }
+  if (!CheckContent(path, database, why)) {
+    return false;
+  }
   UseWriteAheadLog(database);
-  return CheckContent(path, database, why);
+  return true;
 }
 
 bool IsContactsFile(Database& database) {

@@ -20,8 +20,10 @@ EnumerationEnd ForEachContact(
     }
     ContactHead head;
     head.oid = ContactOid(*connection.contact);
-    head.first = ContactText(*connection.contact, platform::ContactProperty::kFirstName);
-    head.last = ContactText(*connection.contact, platform::ContactProperty::kLastName);
+    platform::IContact& contact = *connection.contact;
+    const int first = ReadContactText(contact, platform::ContactProperty::kFirstName, head.first);
+    const int last = ReadContactText(contact, platform::ContactProperty::kLastName, head.last);
+    head.whole = first != 0 && last != 0;
     visit(connection, head);
   }
   const bool all = position > connection.count;

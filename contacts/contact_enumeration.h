@@ -14,6 +14,7 @@ struct ContactHead {
   std::int32_t oid = 0;
   std::u16string first;
   std::u16string last;
+  bool whole = true;  // false when something of it could not be read
 };
 
 enum class EnumerationEnd {

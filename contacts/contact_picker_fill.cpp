@@ -89,38 +89,51 @@ class FirstNumbers {
   int found_ = 0;
 };
 
-void ReadNumbers(ContactsConnection& connection, std::int32_t oid, FirstNumbers& numbers) {
+// False when one that was looked at could not be read.
+bool ReadNumbers(ContactsConnection& connection, std::int32_t oid, FirstNumbers& numbers) {
+  bool whole = true;
   const auto add = [&](ContactProperty property) {
+    std::u16string number;
     if (numbers.Wanted()) {
-      numbers.Add(ContactText(*connection.contact, property));
+      whole = ReadContactText(*connection.contact, property, number) != 0 && whole;
+      numbers.Add(std::move(number));
     }
   };
   std::ranges::for_each(kNumbersBeforeCompany, add);
-  std::u16string company;
-  if (numbers.Wanted() && connection.ReadCompanyPhone(oid, company) != 0) {
+  if (numbers.Wanted()) {
+    std::u16string company;
+    whole = connection.ReadCompanyPhone(oid, company) != 0 && whole;
     numbers.Add(std::move(company));
   }
   std::ranges::for_each(kNumbersAfterCompany, add);
+  return whole;
+}
+
+bool ReadEmail(platform::IContact& contact, std::u16string& email) {
+  bool whole = true;
+  for (const ContactProperty property : kEmails) {
+    whole = ReadContactText(contact, property, email) != 0 && whole;
+    if (!email.empty()) {
+      break;
+    }
+  }
+  return whole;
 }
 
 void AddContactRow(const PickRules& rules, ContactsConnection& connection, const ContactHead& head,
                    ui::ListView& list) {
   auto row = std::make_unique<ContactPickRow>();
-  row->oid = head.oid;
   row->name = MakeDisplayName(head.first, head.last, rules.language).text;
   CutText(row->name, kEntryTextLimit);
   FirstNumbers numbers;
-  ReadNumbers(connection, head.oid, numbers);
+  const bool numbersRead = ReadNumbers(connection, head.oid, numbers);
   row->number = std::move(numbers.first);
   CutText(row->number, rules.maxNumberLength);
   row->number2 = std::move(numbers.second);
   CutText(row->number2, kNumber2Limit);
-  for (const ContactProperty property : kEmails) {
-    row->email = ContactText(*connection.contact, property);
-    if (!row->email.empty()) {
-      break;
-    }
-  }
+  const bool emailRead = ReadEmail(*connection.contact, row->email);
+  // A contact of which the row lacks something is never to be deleted for it.
+  row->oid = head.whole && numbersRead && emailRead ? head.oid : 0;
   CutText(row->email, rules.maxEmailLength);
   std::vector<std::u16string> texts = {row->name, row->number};
   list.InsertRow(list.ItemCount(), std::move(texts), std::move(row));

@@ -24,7 +24,7 @@ inline constexpr int kPickerColumnNumber = 1;
 struct ContactPickRow : ui::RowData {
   std::u16string number2;
   std::u16string email;
-  std::int32_t oid = 0;  // of the contact
+  std::int32_t oid = 0;  // of the contact, 0 when not all of it could be read
   std::u16string name;
   std::u16string number;
 };

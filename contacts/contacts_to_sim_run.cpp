@@ -221,7 +221,7 @@ void ContactsToSimRun::TakeFromContacts(const Entry& entry, std::uint32_t index)
       CardHasEntry(state_, index, entry.name, entry.number) &&
       (state_.settings.Disable_ANR != 0 || CardHasNumber2(state_, index, entry.more->number2)) &&
       (state_.settings.Disable_EMAIL != 0 || CardHasEmail(state_, index, entry.more->email));
-  if (!onTheCard || connection_.DeleteContactByOid(entry.more->oid) == 0) {
+  if (!onTheCard || entry.more->oid == 0 || connection_.DeleteContactByOid(entry.more->oid) == 0) {
     ++kept_;
   }
 }

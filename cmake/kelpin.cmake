@@ -45,6 +45,8 @@ function(kelpin_test name label)
   endif()
   add_executable(${name} ${sources})
   target_compile_definitions(${name} PRIVATE KELPIN_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+  # Test cases run once; what they test is optimised as the build says.
+  target_compile_options(${name} PRIVATE -O0 -g1)
   target_link_libraries(${name} PRIVATE ${ARGN} GTest::gmock GTest::gtest_main)
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES LABELS ${label} TIMEOUT 600)

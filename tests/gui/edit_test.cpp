@@ -231,5 +231,22 @@ TEST_F(EditOnScreen, AFormHigherThanTheWindowScrollsToItsFocus) {
   EXPECT_TRUE(visible.contains(QRect(box->mapTo(WindowOf(*dialog_), QPoint(0, 0)), box->size())));
 }
 
+// Also where there was room enough for its caret before.
+TEST_F(EditOnScreen, AFieldThatTakesTheFocusIsSeenWhole) {
+  Open();
+  auto* first = Find<QWidget>(*dialog_, "c" + std::to_string(kNameEdit));
+  auto* last = Find<QWidget>(*dialog_, "c" + std::to_string(kNumberEdit));
+  for (int height = 180; height <= 260; height += 8) {
+    WindowOf(*dialog_)->resize(360, height);
+    Settle();
+    first->setFocus();
+    last->setFocus();
+    const QRect visible(WindowOf(*dialog_)->rect().adjusted(0, 0, 0, -56));
+    EXPECT_TRUE(
+        visible.contains(QRect(last->mapTo(WindowOf(*dialog_), QPoint(0, 0)), last->size())))
+        << height;
+  }
+}
+
 }  // namespace
 }  // namespace kelpin::test

@@ -8,6 +8,7 @@
 #include <QPainter>
 #include <QScreen>
 #include <algorithm>
+#include <utility>
 
 #include "device/qt/icons.h"
 #include "device/qt/style.h"
@@ -160,13 +161,18 @@ SoftKeyBar::SoftKeyBar(ui::Dialog& dialog, QWidget* parent) : QWidget(parent), d
 bool SoftKeyBar::Sync() {
   const std::shared_ptr<ui::MenuBar> bar = dialog_.Bar();
   const std::size_t count = bar ? bar->KeyCount() : 0;
-  done_ = count == 0 && dialog_.HasDoneButton();
-  SetKeyCount(done_ ? 1 : count);
+  for (std::size_t i = 0; i < count; ++i) {
+    const ui::SoftKey key = bar->KeyAt(i);
+    wasOn_ = wasOn_ || key.enabled || key.dropDown;
+  }
+  done_ = (count == 0 || !wasOn_) && dialog_.HasDoneButton();
+  SetKeyCount(count + (done_ ? 1 : 0));
   if (done_) {
     ui::SoftKey key;
     key.command = ui::kCommandOk;
     key.text = u"Done";
-    keys_.front()->Apply(key);
+    keys_.back()->setObjectName(count == 0 ? QStringLiteral("key0") : QStringLiteral("done"));
+    keys_.back()->Apply(key);
   }
   for (std::size_t i = 0; i < count; ++i) {
     const ui::SoftKey key = bar->KeyAt(i);
@@ -205,7 +211,7 @@ void SoftKeyBar::SetKeyCount(std::size_t count) {
 }
 
 void SoftKeyBar::Press(std::size_t index) {
-  if (done_) {
+  if (done_ && index + 1 == keys_.size()) {
     dialog_.Command(ui::kCommandOk);
   } else if (index < keys_.size() && keys_[index]->Menu() != nullptr) {
     keys_[index]->OpenMenu();
@@ -246,7 +252,11 @@ void SoftKeyBar::LayOut() {
   const int pair = std::min(width(), std::max(kWidestPair, Scaled(kWidestPair)));
   const int each = pair / std::max(2, static_cast<int>(keys_.size()));
   int x = (width() - each * static_cast<int>(keys_.size())) / 2;
-  for (SoftKeyButton* key : keys_) {
+  std::vector<SoftKeyButton*> shown = keys_;
+  if (done_ && shown.size() > 2) {
+    std::swap(shown[1], shown.back());  // Done stands in the middle
+  }
+  for (SoftKeyButton* key : shown) {
     key->setGeometry(x, 1, each, height() - 1);
     x += each;
   }

@@ -36,7 +36,8 @@ class SoftKeyButton : public QAbstractButton {
   QPixmap icon_;
 };
 
-// The soft keys at a dialog's foot, or a Done key where the dialog has none.
+// The soft keys at a dialog's foot. A dialog with a Done button whose keys it has none of, or has
+// never switched on, gets a Done key: elsewhere that button stands in the title bar.
 class SoftKeyBar : public QWidget {
   Q_OBJECT
 
@@ -62,7 +63,8 @@ class SoftKeyBar : public QWidget {
 
   ui::Dialog& dialog_;
   std::vector<SoftKeyButton*> keys_;
-  bool done_ = false;  // the one key is the Done key
+  bool done_ = false;   // the last key is the Done key
+  bool wasOn_ = false;  // one of the dialog's keys was on at some time
 };
 
 // Makes a drop-down key's menu a part of the accessible tree, which pop-ups are not.

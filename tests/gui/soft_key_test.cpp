@@ -204,5 +204,43 @@ TEST_F(SoftKeys, APopupOfTheProgramStandsAtItsPointAndGivesTheChosenCommand) {
   EXPECT_TRUE(ServeUntil([&] { return Find<qt::PopupMenu>(*dialog_, "popup") == nullptr; }));
 }
 
+// A dialog that switches none of its keys on is confirmed with its Done button.
+class KeysOff : public SampleDialog {
+ public:
+  using SampleDialog::SampleDialog;
+  void OnInit(ui::Dialog& dialog) override {
+    SampleDialog::OnInit(dialog);
+    dialog.DestroyMenuBar();
+    ui::MenuBar* const bar = dialog.CreateMenuBar(kFormBar);
+    bar->EnableSoftKey(0, false);
+    bar->EnableSoftKey(1, false);
+    dialog.SetFullScreen(true, true);
+  }
+};
+
+class DoneOnScreen : public GuiTest {};
+
+TEST_F(DoneOnScreen, ADialogWhoseKeysAreOffHasADoneKeyUntilOneIsOn) {
+  KeysOff handler(*screen_);
+  const auto dialog = Show(kFormTemplate, handler);
+  auto* done = Find<QAbstractButton>(*dialog, "done");
+  ASSERT_NE(done, nullptr);
+  EXPECT_TRUE(done->isEnabled());
+  EXPECT_EQ(done->text(), QStringLiteral("Done"));
+  EXPECT_FALSE(Find<QAbstractButton>(*dialog, "key0")->isEnabled());
+  EXPECT_FALSE(Find<QAbstractButton>(*dialog, "key1")->isEnabled());
+  EXPECT_LT(Find<QWidget>(*dialog, "key0")->x(), done->x());
+  EXPECT_LT(done->x(), Find<QWidget>(*dialog, "key1")->x());
+  handler.commands.clear();
+  QTest::mouseClick(done, Qt::LeftButton);
+  EXPECT_EQ(handler.commands, (std::vector<int>{ui::kCommandOk}));
+  dialog->Bar()->EnableSoftKey(0, true);
+  Settle();
+  EXPECT_EQ(Find<QAbstractButton>(*dialog, "done"), nullptr);
+  dialog->Bar()->EnableSoftKey(0, false);
+  Settle();
+  EXPECT_EQ(Find<QAbstractButton>(*dialog, "done"), nullptr);
+}
+
 }  // namespace
 }  // namespace kelpin::test

@@ -85,6 +85,17 @@ TEST_F(MoveContactsTest, AFieldThatIsSwitchedOffKeepsNoContact) {
   EXPECT_THAT(Boxes(), SizeIs(1));
 }
 
+TEST_F(MoveContactsTest, AContactThatCouldNotBeReadWholeStays) {
+  Add(u"Zoe", u"1");
+  device.failures.FailCallOf("Get", 2);  // its last name
+  Copy(kMove);
+  EXPECT_TRUE(device.failures.Failed());
+  EXPECT_THAT(CardEntries(), ElementsAre(u"1 Anna 111", u"2  1"));
+  EXPECT_THAT(InContacts(), ElementsAre(u"Zoe"));
+  ASSERT_THAT(Boxes(), SizeIs(2));
+  EXPECT_TRUE(Boxes()[0].text.starts_with(u"Of the contacts that were moved, 1 are still"));
+}
+
 TEST_F(MoveContactsTest, AContactThatCannotBeDeletedIsToldOf) {
   Add(u"Zoe", u"1");
   device.failures.FailCallOf("Delete", 1);

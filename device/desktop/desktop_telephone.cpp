@@ -1,15 +1,17 @@
 #include "device/desktop/desktop_telephone.h"
 
 #include "device/desktop/detached_process.h"
-#include "device/desktop/message_address.h"
 #include "device/desktop/percent_encoding.h"
 #include "device/desktop/utf8.h"
+#include "platform/dial_number.h"
 
 namespace kelpin::device::desktop {
 
 int DesktopTelephone::PhoneMakeCall(const platform::PhoneCallRequest& request) {
-  if (request.size != platform::kCallRequestSize || !IsDialNumber(request.destinationAddress))
+  if (request.size != platform::kCallRequestSize ||
+      !platform::IsDialNumber(request.destinationAddress)) {
     return 0;
+  }
   const std::string number = Utf8(request.destinationAddress);
   return StartDetached({opener_, "tel:" + PercentEncoded(number, "+")}) ? 1 : 0;
 }

@@ -4,6 +4,7 @@
 
 #include "device/desktop/percent_encoding.h"
 #include "device/desktop/utf8.h"
+#include "platform/dial_number.h"
 
 namespace kelpin::device::desktop {
 namespace {
@@ -16,7 +17,6 @@ constexpr std::u16string_view kMailStart = u"mailto:";
 constexpr std::u16string_view kMailEnd = u">";
 constexpr std::u16string_view kMmsStart = u"\"1\" \"";
 constexpr std::u16string_view kMmsEnd = u"\"";
-constexpr std::u16string_view kNumberCharacters = u"0123456789*#+pPwW";
 constexpr std::size_t kLongestAddress = 255;  // UTF-16 units
 
 // What stands between the two, when the text begins and ends with them.
@@ -49,7 +49,7 @@ bool IsEmail(std::u16string_view text) {
 
 std::optional<MessageAddress> ToNumber(const char* scheme, const char* fallback,
                                        std::optional<std::u16string_view> number) {
-  if (!number || !IsDialNumber(*number)) return std::nullopt;
+  if (!number || !platform::IsDialNumber(*number)) return std::nullopt;
   return MessageAddress{scheme, PercentEncoded(Utf8(*number), "+"), fallback};
 }
 
@@ -60,11 +60,6 @@ std::optional<MessageAddress> ToEmail(const char* scheme, const char* fallback,
 }
 
 }  // namespace
-
-bool IsDialNumber(std::u16string_view text) {
-  return !text.empty() && text.size() <= kLongestAddress &&
-         text.find_first_not_of(kNumberCharacters) == std::u16string_view::npos;
-}
 
 std::optional<MessageAddress> MessageOfCommand(std::u16string_view program,
                                                std::u16string_view commandLine) {

@@ -30,7 +30,4 @@ std::optional<MessageAddress> MessageOfCommand(std::u16string_view program,
 std::optional<MessageAddress> MessageOfClass(std::u16string_view messageClass,
                                              std::u16string_view recipient);
 
-// Whether it can be dialled: digits, '*', '#', '+' and pauses alone.
-bool IsDialNumber(std::u16string_view text);
-
 }  // namespace kelpin::device::desktop

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/dial_number.h"
 #include "platform/mutex.h"
 #include "platform/telephone.h"
 #include "tests/support/call_text.h"
@@ -28,7 +29,10 @@ class FakeTelephone : public platform::Telephone {
   int PhoneMakeCall(const platform::PhoneCallRequest& request) override {
     journal_.Add(CallText("PhoneMakeCall", request.destinationAddress, request.calledParty));
     if (failures_.Fails("PhoneMakeCall")) return 0;
-    if (request.size != platform::kCallRequestSize || request.destinationAddress.empty()) return 0;
+    if (request.size != platform::kCallRequestSize ||
+        !platform::IsDialNumber(request.destinationAddress)) {
+      return 0;
+    }
     MutexLock lock(lock_);
     calls_.push_back({request.size, request.flags, std::u16string(request.destinationAddress),
                       std::u16string(request.applicationName), std::u16string(request.calledParty),

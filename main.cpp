@@ -18,6 +18,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -31,6 +32,7 @@
 #include "app/card_opening.h"
 #include "app/secret_code.h"
 #include "app/start_up.h"
+#include "device/calls/modem_manager_telephone.h"
 #include "device/card/card_channel.h"
 #include "device/card/card_devices.h"
 #include "device/card/sim_service.h"
@@ -57,6 +59,7 @@
 #include "device/registry/text_registry.h"
 #include "device/softcard/soft_channel.h"
 #include "platform/contacts_store.h"
+#include "platform/telephone.h"
 #include "program.h"
 #include "res/ids.h"
 #include "ui/list_view.h"
@@ -78,6 +81,7 @@ struct Options {
   std::string sim;
   std::string contacts;
   std::string registry;
+  std::string calls = "desktop";
   std::string platform = "pocketpc";
   std::string screenshot;
   bool demo = false;
@@ -159,10 +163,33 @@ constexpr Adapter<platform::ContactsStore> kContactsAdapters[] = {
     {"eds", false, "eds[:BOOK]  the desktop's contacts (Evolution Data Server)", OpenEds},
 };
 
-template <class Needed, std::size_t kCount>
-std::string HelpLines(const Adapter<Needed> (&adapters)[kCount]) {
+// Told why a call is not made; may show it.
+using CallFailed = std::function<void(const std::string& why)>;
+
+std::unique_ptr<platform::Telephone> OpenDesktopCalls(CallFailed /*failed*/, std::string& /*why*/) {
+  return std::make_unique<desktop::DesktopTelephone>();
+}
+
+std::unique_ptr<platform::Telephone> OpenModemCalls(CallFailed failed, std::string& why) {
+  return calls::ModemManagerTelephone::Open({.failed = std::move(failed)}, why);
+}
+
+struct CallsAdapter {
+  const char* name;
+  const char* help;
+  // As above.
+  std::unique_ptr<platform::Telephone> (*open)(CallFailed failed, std::string& why);
+};
+
+constexpr CallsAdapter kCallsAdapters[] = {
+    {"desktop", "desktop  the desktop's telephone program (the default)", OpenDesktopCalls},
+    {"modem", "modem  a modem, through ModemManager", OpenModemCalls},
+};
+
+template <class Row, std::size_t kCount>
+std::string HelpLines(const Row (&adapters)[kCount]) {
   std::string help;
-  for (const Adapter<Needed>& adapter : adapters) {
+  for (const Row& adapter : adapters) {
     help += "\n" + std::string(adapter.help);
   }
   return help;
@@ -178,6 +205,10 @@ std::string ContactsHelp() {
          "\nWithout it: contacts.db in the data folder";
 }
 
+std::string CallsHelp() {
+  return "Who makes calls, one of:" + HelpLines(kCallsAdapters);
+}
+
 // What stands before and after the first colon.
 struct AdapterText {
   explicit AdapterText(const std::string& text) : name(text.substr(0, text.find(':'))) {
@@ -188,10 +219,9 @@ struct AdapterText {
   std::string argument;
 };
 
-template <class Needed, std::size_t kCount>
-const Adapter<Needed>* FindAdapter(const Adapter<Needed> (&adapters)[kCount],
-                                   const std::string& name) {
-  for (const Adapter<Needed>& adapter : adapters) {
+template <class Row, std::size_t kCount>
+const Row* FindAdapter(const Row (&adapters)[kCount], const std::string& name) {
+  for (const Row& adapter : adapters) {
     if (name == adapter.name) {
       return &adapter;
     }
@@ -218,6 +248,11 @@ std::string CheckSim(const std::string& text) {
 
 std::string CheckContacts(const std::string& text) {
   return CheckAdapter(kContactsAdapters, "contacts", text);
+}
+
+std::string CheckCalls(const std::string& text) {
+  return FindAdapter(kCallsAdapters, text) == nullptr ? "no such kind of calls: \"" + text + '"'
+                                                      : "";
 }
 
 std::string CheckNotEmpty(const std::string& text) {
@@ -520,6 +555,15 @@ int Start(const Options& options, char* programName, SteadyTime start) {
   if (RaiseRunningCopy(screen)) {
     return picture ? fail("Kelpin runs already; close it, then take the picture") : 0;
   }
+  const auto tell = [&screen](const std::string& reason) {
+    screen.MessageBox(0, QString::fromStdString(reason).toStdU16String(), u"Kelpin",
+                      ui::kBoxNotice);
+  };
+  const std::unique_ptr<platform::Telephone> telephone =
+      FindAdapter(kCallsAdapters, options.calls)->open(tell, why);
+  if (telephone == nullptr) {
+    return fail("--calls " + options.calls + ": " + why);
+  }
   Device device;
   if (!OpenDevice(options, folders, device, why)) {
     return fail(why);
@@ -532,13 +576,7 @@ int Start(const Options& options, char* programName, SteadyTime start) {
   qt::QtShell shell(options.platform == "smartphone" ? u"Smartphone" : u"PocketPC");
   desktop::DesktopPrograms programs({.dataFolders = desktop::DataFolders(desktop::ProgramFolder()),
                                      .helpSection = [&screen] { return screen.HelpSection(); },
-                                     .helpFailed =
-                                         [&screen](const std::string& reason) {
-                                           screen.MessageBox(
-                                               0, QString::fromStdString(reason).toStdU16String(),
-                                               u"Kelpin", ui::kBoxNotice);
-                                         }});
-  desktop::DesktopTelephone telephone;
+                                     .helpFailed = tell});
   desktop::SteadyClock clock;
 
   bool saved = !picture;
@@ -549,8 +587,8 @@ int Start(const Options& options, char* programName, SteadyTime start) {
       screen.PostToScreen([&] { Report(screen, state, options.screenshot, start, saved); });
     };
   }
-  app::Ports ports{card,  card,     devices,   *device.registry, *device.kernel,
-                   shell, programs, telephone, *device.contacts, clock,
+  app::Ports ports{card,  card,     devices,    *device.registry, *device.kernel,
+                   shell, programs, *telephone, *device.contacts, clock,
                    *log,  screen};
   ports.cardLock = &card;
   ports.attended = !picture;
@@ -600,6 +638,7 @@ int main(int argc, char** argv) {
                  "The settings file, else registry.reg in the config folder")
       ->check(CheckNotEmpty)
       ->type_name("FILE");
+  cli.add_option("--calls", options.calls, CallsHelp())->check(CheckCalls)->type_name("WAY");
   cli.add_option("--platform", options.platform, "pocketpc (default) or smartphone")
       ->check(CLI::IsMember({"pocketpc", "smartphone"}, CLI::ignore_case))
       ->transform(CLI::Transformer({{"Smartphone", "smartphone"}}, CLI::ignore_case))

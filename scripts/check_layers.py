@@ -27,6 +27,7 @@ FOLDERS = {
     "device/registry": {"platform"},
     "device/kernel": {"platform"},
     "device/desktop": {"platform"},
+    "device/calls": {"platform"},
     "device/qt": {"platform", "ui"},
 }
 

@@ -1,0 +1,210 @@
+#include "device/calls/modem_manager_telephone.h"
+
+#include <QDBusArgument>
+#include <QDBusError>
+#include <QDBusPendingCall>
+#include <QDBusPendingCallWatcher>
+#include <QMap>
+#include <QVariantMap>
+#include <algorithm>
+#include <atomic>
+#include <utility>
+
+#include "platform/dial_number.h"
+
+namespace kelpin::device::calls {
+namespace {
+
+const QString kService = QStringLiteral("org.freedesktop.ModemManager1");
+const QString kRoot = QStringLiteral("/org/freedesktop/ModemManager1");
+const QString kObjectManager = QStringLiteral("org.freedesktop.DBus.ObjectManager");
+const QString kModem = QStringLiteral("org.freedesktop.ModemManager1.Modem");
+const QString kVoice = QStringLiteral("org.freedesktop.ModemManager1.Modem.Voice");
+const QString kCall = QStringLiteral("org.freedesktop.ModemManager1.Call");
+const QString kModems = QStringLiteral("a{oa{sa{sv}}}");  // what GetManagedObjects answers
+
+// A modem may need this long until the network takes a call.
+constexpr int kStartPatience = 120000;  // milliseconds
+
+using Interfaces = QMap<QString, QVariantMap>;
+
+QString NewConnectionName() {
+  static std::atomic<int> last = 0;
+  return QStringLiteral("kelpin-calls-%1").arg(++last);
+}
+
+QDBusConnection ConnectTo(const std::string& address, const QString& name) {
+  return address.empty() ? QDBusConnection::connectToBus(QDBusConnection::SystemBus, name)
+                         : QDBusConnection::connectToBus(QString::fromStdString(address), name);
+}
+
+bool IsAnswer(const QDBusMessage& message, const QString& signature) {
+  return message.type() == QDBusMessage::ReplyMessage && message.signature() == signature;
+}
+
+// Nobody knows what became of the question.
+bool IsUnanswered(QDBusError::ErrorType error) {
+  return error == QDBusError::NoReply || error == QDBusError::Timeout ||
+         error == QDBusError::TimedOut || error == QDBusError::Disconnected;
+}
+
+QString WhyNot(const QDBusMessage& answer) {
+  if (answer.type() != QDBusMessage::ErrorMessage) {
+    return QStringLiteral("ModemManager gave an answer that is not understood. Is it up to date?");
+  }
+  const QDBusError error(answer);
+  const QString name = answer.errorName();
+  if (error.type() == QDBusError::ServiceUnknown ||
+      name == QStringLiteral("org.freedesktop.DBus.Error.NameHasNoOwner") ||
+      name.startsWith(QStringLiteral("org.freedesktop.DBus.Error.Spawn."))) {
+    return QStringLiteral(
+        "ModemManager is not running. Install the package modemmanager and start it.");
+  }
+  if (IsUnanswered(error.type())) {
+    return QStringLiteral(
+        "ModemManager does not answer. Look whether it runs and the modem is still there.");
+  }
+  return QStringLiteral("The modem did not take the call: %1").arg(answer.errorMessage());
+}
+
+// The modem with the lowest number comes first.
+bool StandsBefore(const QString& one, const QString& other) {
+  return one.size() != other.size() ? one.size() < other.size() : one < other;
+}
+
+}  // namespace
+
+std::unique_ptr<ModemManagerTelephone> ModemManagerTelephone::Open(Options options,
+                                                                   std::string& why) {
+  std::unique_ptr<ModemManagerTelephone> telephone(new ModemManagerTelephone(std::move(options)));
+  if (!telephone->bus_.isConnected()) {
+    why = "the system bus, through which ModemManager is reached, cannot be reached (" +
+          telephone->bus_.lastError().message().toStdString() + "); is dbus installed and running?";
+    return nullptr;
+  }
+  return telephone;
+}
+
+ModemManagerTelephone::ModemManagerTelephone(Options options)
+    : options_(std::move(options)),
+      connectionName_(NewConnectionName()),
+      bus_(ConnectTo(options_.busAddress, connectionName_)) {}
+
+ModemManagerTelephone::~ModemManagerTelephone() {
+  QDBusConnection::disconnectFromBus(connectionName_);
+}
+
+bool ModemManagerTelephone::Connect() {
+  if (!bus_.isConnected()) {
+    QDBusConnection::disconnectFromBus(connectionName_);
+    bus_ = ConnectTo(options_.busAddress, connectionName_);
+  }
+  return bus_.isConnected();
+}
+
+int ModemManagerTelephone::PhoneMakeCall(const platform::PhoneCallRequest& request) {
+  if (request.size != platform::kCallRequestSize ||
+      !platform::IsDialNumber(request.destinationAddress)) {
+    return 0;
+  }
+  const QDeadlineTimer end(options_.patience);
+  if (request.destinationAddress.find_first_of(u"pPwW") != std::u16string_view::npos) {
+    return Refuse(QStringLiteral(
+        "A modem cannot dial a number with pauses. Call the part before the first one."));
+  }
+  if (!Connect()) {
+    return Refuse(QStringLiteral("The system bus cannot be reached, and ModemManager through it."));
+  }
+  const QString number = QString::fromUtf16(
+      request.destinationAddress.data(), static_cast<qsizetype>(request.destinationAddress.size()));
+  QString why;
+  const QString modem = FindModem(end, why);
+  const QString call = modem.isEmpty() ? QString() : CreateCall(modem, number, end, why);
+  if (call.isEmpty()) return Refuse(why);
+  StartCall(modem, call);
+  return 1;
+}
+
+QString ModemManagerTelephone::FindModem(const QDeadlineTimer& end, QString& why) {
+  const QDBusMessage answer =
+      Ask(QDBusMessage::createMethodCall(kService, kRoot, kObjectManager,
+                                         QStringLiteral("GetManagedObjects")),
+          end);
+  if (!IsAnswer(answer, kModems)) {
+    why = WhyNot(answer);
+    return {};
+  }
+  QString first;
+  bool modems = false;
+  const auto objects = answer.arguments().constFirst().value<QDBusArgument>();
+  objects.beginMap();
+  while (!objects.atEnd()) {
+    QDBusObjectPath path;
+    Interfaces interfaces;
+    objects.beginMapEntry();
+    objects >> path >> interfaces;
+    objects.endMapEntry();
+    modems = modems || interfaces.contains(kModem);
+    if (interfaces.contains(kVoice) && (first.isEmpty() || StandsBefore(path.path(), first))) {
+      first = path.path();
+    }
+  }
+  objects.endMap();
+  if (first.isEmpty()) {
+    why = modems ? QStringLiteral(
+                       "The modem cannot make calls; ModemManager offers none through "
+                       "it.")
+                 : QStringLiteral(
+                       "ModemManager knows no modem. Plug one in and wait until "
+                       "\"mmcli -L\" lists it.");
+  }
+  return first;
+}
+
+QString ModemManagerTelephone::CreateCall(const QString& modem, const QString& number,
+                                          const QDeadlineTimer& end, QString& why) {
+  QDBusMessage question =
+      QDBusMessage::createMethodCall(kService, modem, kVoice, QStringLiteral("CreateCall"));
+  question << QVariantMap{{QStringLiteral("number"), number}};
+  const QDBusMessage answer = Ask(question, end);
+  if (!IsAnswer(answer, QStringLiteral("o"))) {
+    // A call that is created after all is never started.
+    why = WhyNot(answer);
+    return {};
+  }
+  return answer.arguments().constFirst().value<QDBusObjectPath>().path();
+}
+
+void ModemManagerTelephone::StartCall(const QString& modem, const QString& call) {
+  const QDBusMessage question =
+      QDBusMessage::createMethodCall(kService, call, kCall, QStringLiteral("Start"));
+  auto* const watcher =
+      new QDBusPendingCallWatcher(bus_.asyncCall(question, kStartPatience), &answers_);
+  QObject::connect(
+      watcher, &QDBusPendingCallWatcher::finished, &answers_, [this, watcher, modem, call] {
+        const QDBusMessage answer = watcher->reply();
+        watcher->deleteLater();
+        if (answer.type() != QDBusMessage::ErrorMessage) return;
+        // One that may be ringing is left to whoever can end it.
+        if (!IsUnanswered(QDBusError(answer).type())) {
+          QDBusMessage removal =
+              QDBusMessage::createMethodCall(kService, modem, kVoice, QStringLiteral("DeleteCall"));
+          removal << QVariant::fromValue(QDBusObjectPath(call));
+          bus_.send(removal);
+        }
+        Refuse(WhyNot(answer));
+      });
+}
+
+int ModemManagerTelephone::Refuse(const QString& why) const {
+  if (options_.failed) options_.failed(why.toStdString());
+  return 0;
+}
+
+QDBusMessage ModemManagerTelephone::Ask(const QDBusMessage& question, const QDeadlineTimer& end) {
+  // 0 and less would stand for no limit.
+  const auto left = static_cast<int>(std::max<qint64>(end.remainingTime(), 1));
+  return bus_.call(question, QDBus::Block, left);
+}
+
+}  // namespace kelpin::device::calls

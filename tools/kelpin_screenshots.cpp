@@ -42,10 +42,10 @@ namespace fs = std::filesystem;
 using namespace kelpin;
 using namespace kelpin::device;
 
-constexpr int kTick = 50;         // milliseconds between two looks
+constexpr int kTick = 10;         // milliseconds between two looks
 constexpr int kPatience = 15000;  // milliseconds for one step
-constexpr int kCopied = 40;       // entries that show a copy under way
-constexpr int kSettle = 4;        // ticks in which a dialog that opened gets its rows
+constexpr int kCopied = 150;      // entries that show a copy under way
+constexpr int kSettle = 20;       // ticks in which a dialog that opened gets its rows
 
 // The settings of the pictures: every field and command there is.
 constexpr const char* kSettings = R"(KELPIN REGISTRY 1
@@ -73,6 +73,7 @@ struct Step {
   int dialog = 0;
   std::function<void(ui::Dialog&)> act;
   std::string picture;  // taken before acting; empty for none
+  int settle = kSettle;
 };
 
 // Goes through its steps while the program runs.
@@ -105,7 +106,7 @@ class Script {
       settled_ = 0;
       return;
     }
-    if (++settled_ < kSettle) {
+    if (++settled_ < step.settle) {
       return;
     }
     settled_ = 0;
@@ -212,7 +213,7 @@ void AddDialogSteps(Script& script) {
   Show(script, res::kCommandDeleteContacts, res::kDialogDeleteContacts, "delete-contacts");
 }
 
-// Copies entries twice: the first time shows how it goes on, the second asks.
+// Some of the names are in Contacts already, or on the card twice: the copy asks.
 void AddCopySteps(Script& script) {
   script.Add({res::kDialogMain,
               [](ui::Dialog& dialog) {
@@ -220,14 +221,13 @@ void AddCopySteps(Script& script) {
                 dialog.Command(res::kCommandSaveToContacts);
               },
               {}});
-  script.Add({res::kDialogCopyProgress, [](ui::Dialog&) {}, "copy-progress"});
-  script.Add({res::kDialogMain,
+  script.Add({res::kDialogCopyProgress, [](ui::Dialog&) {}, "copy-progress", 2});
+  script.Add({res::kDialogOverwritePrompt,
               [](ui::Dialog& dialog) {
-                SelectRows(dialog, 0, 1);
-                dialog.Command(res::kCommandSaveToContacts);
+                dialog.SetChecked(res::kOverwriteApplyToAll, true);
+                dialog.Command(res::kOverwriteNo);
               },
-              {}});
-  script.Add({res::kDialogOverwritePrompt, Close, "overwrite-prompt"});
+              "overwrite-prompt"});
 }
 
 void AddPromptSteps(Script& script) {

@@ -12,6 +12,7 @@
 #include <QScrollArea>
 #include <algorithm>
 
+#include "device/qt/button_words.h"
 #include "device/qt/text.h"
 #include "device/qt/theme.h"
 
@@ -115,11 +116,12 @@ MessageWindow::MessageWindow(std::u16string_view text, std::u16string_view capti
   auto* buttons = new QHBoxLayout(row);
   buttons->setContentsMargins(0, 0, 0, 0);
   buttons->setSpacing(10);
+  const ButtonWords& words = CurrentButtonWords();
   if (style.buttons == ui::BoxButtons::kYesNo) {
-    AddButton(row, QStringLiteral("Yes"), ui::BoxAnswer::kYes, false);
-    AddButton(row, QStringLiteral("No"), ui::BoxAnswer::kNo, true);
+    AddButton(row, ToQt(words.yes), ui::BoxAnswer::kYes, false);
+    AddButton(row, ToQt(words.no), ui::BoxAnswer::kNo, true);
   } else {
-    AddButton(row, QStringLiteral("OK"), ui::BoxAnswer::kOk, true);
+    AddButton(row, ToQt(words.ok), ui::BoxAnswer::kOk, true);
   }
   column->addWidget(row);
 
@@ -169,9 +171,12 @@ void MessageWindow::reject() {
 
 void MessageWindow::keyPressEvent(QKeyEvent* event) {
   const QString letter = event->text().toUpper();
-  if (style_.buttons == ui::BoxButtons::kYesNo && letter == QLatin1String("Y")) {
+  const QString yes = ToQt(CurrentButtonWords().yes).left(1).toUpper();
+  const QString no = ToQt(CurrentButtonWords().no).left(1).toUpper();
+  const bool asked = style_.buttons == ui::BoxButtons::kYesNo && !letter.isEmpty() && yes != no;
+  if (asked && letter == yes) {
     Give(ui::BoxAnswer::kYes);
-  } else if (style_.buttons == ui::BoxButtons::kYesNo && letter == QLatin1String("N")) {
+  } else if (asked && letter == no) {
     Give(ui::BoxAnswer::kNo);
   } else if (event->key() == Qt::Key_Back) {
     reject();

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "device/qt/button_words.h"
 #include "device/qt/icons.h"
 #include "device/qt/style.h"
 #include "device/qt/text.h"
@@ -170,7 +171,7 @@ bool SoftKeyBar::Sync() {
   if (done_) {
     ui::SoftKey key;
     key.command = ui::kCommandOk;
-    key.text = u"Done";
+    key.text = CurrentButtonWords().done;
     keys_.back()->setObjectName(count == 0 ? QStringLiteral("key0") : QStringLiteral("done"));
     keys_.back()->Apply(key);
   }

@@ -2,6 +2,7 @@
 
 #include "res/ids.h"
 #include "res/string_table.h"
+#include "res/translation.h"
 
 namespace kelpin::res {
 namespace {
@@ -49,32 +50,34 @@ constexpr DialogTemplate kPinDialog = {kDialogCardPin, kPinControls, u"card-pin"
 constexpr DialogTemplate kPukDialog = {kDialogCardPuk, kPukControls, u"card-pin"};
 constexpr DialogTemplate kOpeningDialog = {kDialogOpeningCard, kOpeningControls, u"main-list"};
 
-constexpr ui::SoftKeyTemplate kCodeKeys[] = {{kCardCodeSend, u"OK", {}, {}},
-                                             {kCardCodeCancel, u"Cancel", {}, {}}};
-constexpr ui::SoftKeyTemplate kOpeningKeys[] = {{kOpeningCancel, u"Cancel", {}, {}}};
+constexpr ui::SoftKeyTemplate kCodeKeys[] = {
+    {kCardCodeSend, TemplateText(kTextKeyOk), {}, {}},
+    {kCardCodeCancel, TemplateText(kTextKeyCancel), {}, {}}};
+constexpr ui::SoftKeyTemplate kOpeningKeys[] = {
+    {kOpeningCancel, TemplateText(kTextKeyCancel), {}, {}}};
 constexpr ui::MenuBarTemplate kCodeBar = {kBarCardCode, kCodeKeys};
 constexpr ui::MenuBarTemplate kOpeningBar = {kBarOpeningCard, kOpeningKeys};
 
 }  // namespace
 
 const DialogTemplate& CardPinDialog() {
-  return kPinDialog;
+  return Translated(kPinDialog);
 }
 
 const DialogTemplate& CardPukDialog() {
-  return kPukDialog;
+  return Translated(kPukDialog);
 }
 
 const DialogTemplate& OpeningCardDialog() {
-  return kOpeningDialog;
+  return Translated(kOpeningDialog);
 }
 
 const ui::MenuBarTemplate& CardCodeBar() {
-  return kCodeBar;
+  return Translated(kCodeBar);
 }
 
 const ui::MenuBarTemplate& OpeningCardBar() {
-  return kOpeningBar;
+  return Translated(kOpeningBar);
 }
 
 }  // namespace kelpin::res

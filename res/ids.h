@@ -218,8 +218,37 @@ inline constexpr int kTextServiceCodeQuestion = 1068;       // %s the number
 inline constexpr int kTextNoNamedGroups = 1069;
 inline constexpr int kTextNoNamedGroupsHint = 1070;
 
+// Menus and soft keys: those texts that the string table does not number, and the keys shown.
+inline constexpr int kTextMenuNumberNames = 1071;
+inline constexpr int kTextMenuGroupNames = 1072;
+inline constexpr int kTextMenuOwnNumbers = 1073;
+inline constexpr int kTextMenuServiceNumbers = 1074;
+inline constexpr int kTextMenuSimInformation = 1075;
+inline constexpr int kTextMenuOptions = 1076;
+inline constexpr int kTextMenuDeleteContacts = 1077;
+inline constexpr int kTextMenuMoveToContacts = 1078;
+inline constexpr int kTextMenuContactsToSim = 1079;
+inline constexpr int kTextMenuMoveContactsToSim = 1080;
+inline constexpr int kTextMenuTools = 1081;
+inline constexpr int kTextMenuAbout = 1082;
+inline constexpr int kTextMenuCheckAll = 1083;
+inline constexpr int kTextMenuUncheckAll = 1084;
+inline constexpr int kTextKeyCancel = 1085;
+inline constexpr int kTextKeyDone = 1086;
+inline constexpr int kTextKeyOk = 1087;
+inline constexpr int kTextKeySave = 1088;
+inline constexpr int kTextKeyYes = 1089;
+inline constexpr int kTextKeyNo = 1090;
+inline constexpr int kTextKeySelect = 1091;
+inline constexpr int kTextKeyMove = 1092;
+inline constexpr int kTextShortcutEdit = 1093;
+inline constexpr int kTextShortcutDelete = 1094;
+inline constexpr int kTextShortcutCall = 1095;
+inline constexpr int kTextShortcutSelectAll = 1096;
+inline constexpr int kTextShortcutRefresh = 1097;
+
 inline constexpr int kTextFirst = 1001;
-inline constexpr int kTextLast = 1070;
+inline constexpr int kTextLast = 1097;
 
 // Dialogs.
 inline constexpr int kDialogGroupPicker = 103;

@@ -6,6 +6,7 @@
 
 #include "res/ids.h"
 #include "res/string_table.h"
+#include "res/translation.h"
 
 namespace kelpin::res {
 namespace {
@@ -14,121 +15,119 @@ using ui::MenuBarTemplate;
 using ui::MenuItemTemplate;
 using ui::SoftKeyTemplate;
 
-consteval MenuItemTemplate Item(int command, std::u16string_view text, std::string_view icon = {},
-                                std::u16string_view keys = {}) {
-  return {command, text, icon, keys, {}};
+// `text` and `keys` are ids of texts.
+consteval MenuItemTemplate Item(int command, int text, std::string_view icon = {}, int keys = 0) {
+  return {command,
+          TemplateText(text),
+          icon,
+          keys == 0 ? std::u16string_view() : TemplateText(keys),
+          {}};
 }
 
-consteval SoftKeyTemplate Key(int command, std::u16string_view text) {
-  return {command, text, {}, {}};
+consteval SoftKeyTemplate Key(int command, int text) {
+  return {command, TemplateText(text), {}, {}};
 }
 
 constexpr MenuItemTemplate kSeparator = {};
 
-constexpr std::u16string_view kDelete = TemplateText(kStringDelete);
-constexpr std::u16string_view kEdit = TemplateText(kStringEdit);
-constexpr std::u16string_view kErase = TemplateText(kStringErase);
-constexpr std::u16string_view kRefresh = TemplateText(kStringRefresh);
-constexpr std::u16string_view kSelectAll = TemplateText(kStringSelectAll);
-constexpr std::u16string_view kEditItem = TemplateText(kStringEditItem);
-constexpr std::u16string_view kCallItem = TemplateText(kStringCallItem);
-constexpr std::u16string_view kSendItem = TemplateText(kStringSendItem);
-constexpr std::u16string_view kSave = TemplateText(kStringSaveToContacts);
-constexpr std::u16string_view kMenu = TemplateText(kStringMenu);
-constexpr std::u16string_view kCall = TemplateText(kStringCall);
+constexpr std::u16string_view kMenuText = TemplateText(kStringMenu);
 
 constexpr MenuItemTemplate kTools[] = {
-    Item(kCommandNumberNames, u"Phone No. Name...", "number-name"),
-    Item(kCommandGroupNames, u"Group Name...", "group"),
-    Item(kCommandOwnNumbers, u"List of Own Numbers...", "own-number"),
-    Item(kCommandServiceNumbers, u"Service Dialing Numbers...", "service"),
-    Item(kCommandSimInformation, u"SIM Information...", "info"),
-    Item(kCommandOptions, u"Options...", "options"),
+    Item(kCommandNumberNames, kTextMenuNumberNames, "number-name"),
+    Item(kCommandGroupNames, kTextMenuGroupNames, "group"),
+    Item(kCommandOwnNumbers, kTextMenuOwnNumbers, "own-number"),
+    Item(kCommandServiceNumbers, kTextMenuServiceNumbers, "service"),
+    Item(kCommandSimInformation, kTextMenuSimInformation, "info"),
+    Item(kCommandOptions, kTextMenuOptions, "options"),
 };
 
 constexpr MenuItemTemplate kMainItems[] = {
-    Item(kCommandEdit, kEditItem, "edit", u"F2"),
-    Item(kCommandDelete, kDelete, "delete", u"Del"),
-    Item(kCommandCall, kCallItem, "call", u"Ctrl+D"),
-    Item(kCommandSend, kSendItem, "send"),
+    Item(kCommandEdit, kStringEditItem, "edit", kTextShortcutEdit),
+    Item(kCommandDelete, kStringDelete, "delete", kTextShortcutDelete),
+    Item(kCommandCall, kStringCallItem, "call", kTextShortcutCall),
+    Item(kCommandSend, kStringSendItem, "send"),
     kSeparator,
-    Item(kCommandDeleteContacts, u"Delete Contacts...", "contacts-delete"),
-    Item(kCommandSaveToContacts, kSave, "contacts-save"),
-    Item(kCommandMoveToContacts, u"Move to Contacts", "contacts-move"),
-    Item(kCommandContactsToSim, u"Contacts to SIM...", "sim-copy"),
-    Item(kCommandMoveContactsToSim, u"Move Contacts to SIM...", "sim-move"),
+    Item(kCommandDeleteContacts, kTextMenuDeleteContacts, "contacts-delete"),
+    Item(kCommandSaveToContacts, kStringSaveToContacts, "contacts-save"),
+    Item(kCommandMoveToContacts, kTextMenuMoveToContacts, "contacts-move"),
+    Item(kCommandContactsToSim, kTextMenuContactsToSim, "sim-copy"),
+    Item(kCommandMoveContactsToSim, kTextMenuMoveContactsToSim, "sim-move"),
     kSeparator,
-    Item(kCommandSelectAll, kSelectAll, "select-all", u"Ctrl+A"),
-    Item(kCommandRefresh, kRefresh, "refresh", u"F5"),
-    {0, u"Tools", "tools", {}, kTools},
+    Item(kCommandSelectAll, kStringSelectAll, "select-all", kTextShortcutSelectAll),
+    Item(kCommandRefresh, kStringRefresh, "refresh", kTextShortcutRefresh),
+    {0, TemplateText(kTextMenuTools), "tools", {}, kTools},
     kSeparator,
-    Item(kCommandAbout, u"About...", "about"),
+    Item(kCommandAbout, kTextMenuAbout, "about"),
 };
 
 constexpr MenuItemTemplate kCopyPickerItems[] = {
-    Item(kCopyPickerCheckAll, u"Check All"),
-    Item(kCopyPickerUncheckAll, u"Uncheck All"),
-    Item(kCopyPickerCancel, u"Cancel"),
+    Item(kCopyPickerCheckAll, kTextMenuCheckAll),
+    Item(kCopyPickerUncheckAll, kTextMenuUncheckAll),
+    Item(kCopyPickerCancel, kTextKeyCancel),
 };
 
 constexpr MenuItemTemplate kMovePickerItems[] = {
-    Item(kMovePickerCheckAll, u"Check All"),
-    Item(kMovePickerUncheckAll, u"Uncheck All"),
-    Item(kMovePickerCancel, u"Cancel"),
+    Item(kMovePickerCheckAll, kTextMenuCheckAll),
+    Item(kMovePickerUncheckAll, kTextMenuUncheckAll),
+    Item(kMovePickerCancel, kTextKeyCancel),
 };
 
 constexpr MenuItemTemplate kDeleteContactsItems[] = {
-    Item(kDeleteContactsCheckAll, u"Check All"),
-    Item(kDeleteContactsUncheckAll, u"Uncheck All"),
-    Item(kDeleteContactsCancel, u"Cancel"),
+    Item(kDeleteContactsCheckAll, kTextMenuCheckAll),
+    Item(kDeleteContactsUncheckAll, kTextMenuUncheckAll),
+    Item(kDeleteContactsCancel, kTextKeyCancel),
 };
 
 constexpr MenuItemTemplate kOwnNumbersItems[] = {
-    Item(kOwnNumbersErase, kErase),
-    Item(kOwnNumbersRefresh, kRefresh),
+    Item(kOwnNumbersErase, kStringErase),
+    Item(kOwnNumbersRefresh, kStringRefresh),
 };
 
-constexpr SoftKeyTemplate kCopyPicker[] = {Key(kCopyPickerDone, u"Done"),
-                                           {kCopyPickerMenu, kMenu, {}, kCopyPickerItems}};
-constexpr SoftKeyTemplate kOwnNumbers[] = {Key(kOwnNumbersEdit, kEdit),
-                                           {kOwnNumbersMenu, kMenu, {}, kOwnNumbersItems}};
-constexpr SoftKeyTemplate kViewKeys[] = {Key(kViewOk, u"OK")};
-constexpr SoftKeyTemplate kOptions[] = {Key(kOptionsOk, u"OK"), Key(kOptionsEdit, kEdit)};
-constexpr SoftKeyTemplate kAbout[] = {Key(kAboutDone, u"Done")};
-constexpr SoftKeyTemplate kEditOwnNumber[] = {Key(kOwnNumberSave, u"Save"),
-                                              Key(kOwnNumberCancel, u"Cancel")};
+constexpr SoftKeyTemplate kCopyPicker[] = {Key(kCopyPickerDone, kTextKeyDone),
+                                           {kCopyPickerMenu, kMenuText, {}, kCopyPickerItems}};
+constexpr SoftKeyTemplate kOwnNumbers[] = {Key(kOwnNumbersEdit, kStringEdit),
+                                           {kOwnNumbersMenu, kMenuText, {}, kOwnNumbersItems}};
+constexpr SoftKeyTemplate kViewKeys[] = {Key(kViewOk, kTextKeyOk)};
+constexpr SoftKeyTemplate kOptions[] = {Key(kOptionsOk, kTextKeyOk),
+                                        Key(kOptionsEdit, kStringEdit)};
+constexpr SoftKeyTemplate kAbout[] = {Key(kAboutDone, kTextKeyDone)};
+constexpr SoftKeyTemplate kEditOwnNumber[] = {Key(kOwnNumberSave, kTextKeySave),
+                                              Key(kOwnNumberCancel, kTextKeyCancel)};
 constexpr SoftKeyTemplate kDeleteContacts[] = {
-    Key(kDeleteContactsDelete, kDelete), {kDeleteContactsMenu, kMenu, {}, kDeleteContactsItems}};
-constexpr SoftKeyTemplate kServiceNumbers[] = {Key(kServiceNumbersCall, kCall),
-                                               Key(kServiceNumbersClose, u"Cancel")};
+    Key(kDeleteContactsDelete, kStringDelete),
+    {kDeleteContactsMenu, kMenuText, {}, kDeleteContactsItems}};
+constexpr SoftKeyTemplate kServiceNumbers[] = {Key(kServiceNumbersCall, kStringCall),
+                                               Key(kServiceNumbersClose, kTextKeyCancel)};
 constexpr SoftKeyTemplate kMain[] = {{kCommandNew, TemplateText(kStringNew), "new", {}},
-                                     {kCommandMenu, kMenu, "menu", kMainItems}};
-constexpr SoftKeyTemplate kNewEntry[] = {Key(kNewEntryDone, u"Done"),
-                                         Key(kNewEntryCancel, u"Cancel")};
-constexpr SoftKeyTemplate kEditEntry[] = {Key(kEditEntryDone, u"Done"),
-                                          Key(kEditEntryCancel, u"Cancel")};
-constexpr SoftKeyTemplate kMarkEditor[] = {Key(kMarkSave, u"Save"), Key(kMarkCancel, u"Cancel")};
-constexpr SoftKeyTemplate kOverwritePrompt[] = {Key(kOverwriteYes, u"Yes"),
-                                                Key(kOverwriteNo, u"No")};
-constexpr SoftKeyTemplate kCallChooser[] = {Key(kCallChooserCall, kCall),
-                                            Key(kCallChooserCancel, u"Cancel")};
-constexpr SoftKeyTemplate kSendChooser[] = {Key(kSendChooserSelect, u"Select"),
-                                            Key(kSendChooserCancel, u"Cancel")};
-constexpr SoftKeyTemplate kNotAllPrompt[] = {Key(kNotAllYes, u"Yes"), Key(kNotAllNo, u"No")};
-constexpr SoftKeyTemplate kNumberNames[] = {Key(kNumberNamesEdit, kEdit),
-                                            Key(kNumberNamesErase, kErase)};
-constexpr SoftKeyTemplate kGroupNames[] = {Key(kGroupNamesEdit, kEdit),
-                                           Key(kGroupNamesErase, kErase)};
-constexpr SoftKeyTemplate kEditNumberName[] = {Key(kNumberNameSave, u"Save"),
-                                               Key(kNumberNameCancel, u"Cancel")};
-constexpr SoftKeyTemplate kEditGroupName[] = {Key(kGroupNameSave, u"Save"),
-                                              Key(kGroupNameCancel, u"Cancel")};
-constexpr SoftKeyTemplate kNumberNamePicker[] = {Key(kNumberNamePickerOk, u"OK"),
-                                                 Key(kNumberNamePickerCancel, u"Cancel")};
-constexpr SoftKeyTemplate kGroupPicker[] = {Key(kGroupPickerOk, u"OK"),
-                                            Key(kGroupPickerCancel, u"Cancel")};
-constexpr SoftKeyTemplate kMovePicker[] = {Key(kMovePickerMove, u"Move"),
-                                           {kMovePickerMenu, kMenu, {}, kMovePickerItems}};
+                                     {kCommandMenu, kMenuText, "menu", kMainItems}};
+constexpr SoftKeyTemplate kNewEntry[] = {Key(kNewEntryDone, kTextKeyDone),
+                                         Key(kNewEntryCancel, kTextKeyCancel)};
+constexpr SoftKeyTemplate kEditEntry[] = {Key(kEditEntryDone, kTextKeyDone),
+                                          Key(kEditEntryCancel, kTextKeyCancel)};
+constexpr SoftKeyTemplate kMarkEditor[] = {Key(kMarkSave, kTextKeySave),
+                                           Key(kMarkCancel, kTextKeyCancel)};
+constexpr SoftKeyTemplate kOverwritePrompt[] = {Key(kOverwriteYes, kTextKeyYes),
+                                                Key(kOverwriteNo, kTextKeyNo)};
+constexpr SoftKeyTemplate kCallChooser[] = {Key(kCallChooserCall, kStringCall),
+                                            Key(kCallChooserCancel, kTextKeyCancel)};
+constexpr SoftKeyTemplate kSendChooser[] = {Key(kSendChooserSelect, kTextKeySelect),
+                                            Key(kSendChooserCancel, kTextKeyCancel)};
+constexpr SoftKeyTemplate kNotAllPrompt[] = {Key(kNotAllYes, kTextKeyYes),
+                                             Key(kNotAllNo, kTextKeyNo)};
+constexpr SoftKeyTemplate kNumberNames[] = {Key(kNumberNamesEdit, kStringEdit),
+                                            Key(kNumberNamesErase, kStringErase)};
+constexpr SoftKeyTemplate kGroupNames[] = {Key(kGroupNamesEdit, kStringEdit),
+                                           Key(kGroupNamesErase, kStringErase)};
+constexpr SoftKeyTemplate kEditNumberName[] = {Key(kNumberNameSave, kTextKeySave),
+                                               Key(kNumberNameCancel, kTextKeyCancel)};
+constexpr SoftKeyTemplate kEditGroupName[] = {Key(kGroupNameSave, kTextKeySave),
+                                              Key(kGroupNameCancel, kTextKeyCancel)};
+constexpr SoftKeyTemplate kNumberNamePicker[] = {Key(kNumberNamePickerOk, kTextKeyOk),
+                                                 Key(kNumberNamePickerCancel, kTextKeyCancel)};
+constexpr SoftKeyTemplate kGroupPicker[] = {Key(kGroupPickerOk, kTextKeyOk),
+                                            Key(kGroupPickerCancel, kTextKeyCancel)};
+constexpr SoftKeyTemplate kMovePicker[] = {Key(kMovePickerMove, kTextKeyMove),
+                                           {kMovePickerMenu, kMenuText, {}, kMovePickerItems}};
 
 constexpr MenuBarTemplate kBars[] = {
     {kBarCopyPicker, kCopyPicker},
@@ -157,28 +156,28 @@ constexpr MenuBarTemplate kBars[] = {
 };
 
 constexpr MenuItemTemplate kMainListMenu[] = {
-    Item(kCommandEdit, kEditItem, "edit", u"F2"),
-    Item(kCommandDelete, kDelete, "delete", u"Del"),
-    Item(kCommandCall, kCallItem, "call", u"Ctrl+D"),
-    Item(kCommandSend, kSendItem, "send"),
-    Item(kCommandSaveToContacts, kSave, "contacts-save"),
+    Item(kCommandEdit, kStringEditItem, "edit", kTextShortcutEdit),
+    Item(kCommandDelete, kStringDelete, "delete", kTextShortcutDelete),
+    Item(kCommandCall, kStringCallItem, "call", kTextShortcutCall),
+    Item(kCommandSend, kStringSendItem, "send"),
+    Item(kCommandSaveToContacts, kStringSaveToContacts, "contacts-save"),
 };
 
 constexpr MenuItemTemplate kOwnNumberMenu[] = {
-    Item(kOwnNumbersEdit, kEdit, "edit"),
-    Item(kOwnNumbersErase, kErase, "delete"),
-    Item(kOwnNumbersRefresh, kRefresh, "refresh"),
+    Item(kOwnNumbersEdit, kStringEdit, "edit"),
+    Item(kOwnNumbersErase, kStringErase, "delete"),
+    Item(kOwnNumbersRefresh, kStringRefresh, "refresh"),
 };
 
-constexpr MenuItemTemplate kServiceNumberMenu[] = {Item(kServiceNumbersCall, kCall, "call")};
+constexpr MenuItemTemplate kServiceNumberMenu[] = {Item(kServiceNumbersCall, kStringCall, "call")};
 
 constexpr MenuItemTemplate kEditMenu[] = {
-    Item(kCommandEditCut, TemplateText(kStringCut)),
-    Item(kCommandEditCopy, TemplateText(kStringCopy), "copy"),
-    Item(kCommandEditPaste, TemplateText(kStringPaste)),
-    Item(kCommandEditClear, TemplateText(kStringClear)),
+    Item(kCommandEditCut, kStringCut),
+    Item(kCommandEditCopy, kStringCopy, "copy"),
+    Item(kCommandEditPaste, kStringPaste),
+    Item(kCommandEditClear, kStringClear),
     kSeparator,
-    Item(kCommandEditSelectAll, kSelectAll, "select-all"),
+    Item(kCommandEditSelectAll, kStringSelectAll, "select-all"),
 };
 
 // What no bar may break, checked where they are made.
@@ -265,20 +264,20 @@ std::span<const MenuBarTemplate> MenuBars() {
 
 const MenuBarTemplate* FindMenuBar(int id) {
   const auto* found = std::ranges::lower_bound(kBars, id, {}, &MenuBarTemplate::id);
-  return found != std::end(kBars) && found->id == id ? found : nullptr;
+  return found != std::end(kBars) && found->id == id ? &Translated(*found) : nullptr;
 }
 
 std::span<const MenuItemTemplate> MainListMenu() {
-  return kMainListMenu;
+  return Translated(kMainListMenu);
 }
 std::span<const MenuItemTemplate> OwnNumberMenu() {
-  return kOwnNumberMenu;
+  return Translated(kOwnNumberMenu);
 }
 std::span<const MenuItemTemplate> ServiceNumberMenu() {
-  return kServiceNumberMenu;
+  return Translated(kServiceNumberMenu);
 }
 std::span<const MenuItemTemplate> EditMenu() {
-  return kEditMenu;
+  return Translated(kEditMenu);
 }
 
 }  // namespace kelpin::res

@@ -1,12 +1,12 @@
 #include "res/strings.h"
 
 #include "res/string_table.h"
+#include "res/translation.h"
 
 namespace kelpin::res {
 
-// The one way from an id to its text: a translated table would be looked up here.
 std::u16string_view LoadString(int id) {
-  return EnglishText(id);
+  return Translated(id, EnglishText(id));
 }
 
 }  // namespace kelpin::res

@@ -6,6 +6,7 @@
 
 #include "res/ids.h"
 #include "res/string_table.h"
+#include "res/translation.h"
 
 namespace kelpin::res {
 namespace {
@@ -367,7 +368,7 @@ std::span<const ui::DialogTemplate> Dialogs() {
 
 const ui::DialogTemplate* FindDialog(int id) {
   const auto* found = std::ranges::lower_bound(kDialogs, id, {}, &DialogTemplate::id);
-  return found != std::end(kDialogs) && found->id == id ? found : nullptr;
+  return found != std::end(kDialogs) && found->id == id ? &Translated(*found) : nullptr;
 }
 
 }  // namespace kelpin::res

@@ -214,7 +214,10 @@ TEST(Strings, TextsOfOurOwnAreThereAndAreNotRepeated) {
   std::map<std::u16string_view, int> seen;
   for (int id = kTextFirst; id <= kTextLast; ++id) {
     EXPECT_FALSE(LoadString(id).empty()) << "text " << id;
-    EXPECT_TRUE(seen.emplace(LoadString(id), id).second) << "text " << id << " stands twice";
+    // The heading over the PIN says what the list says behind it.
+    if (id != kTextPinTitle) {
+      EXPECT_TRUE(seen.emplace(LoadString(id), id).second) << "text " << id << " stands twice";
+    }
   }
 }
 

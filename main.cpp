@@ -40,6 +40,7 @@
 #include "device/contacts/sqlite/sqlite_store.h"
 #include "device/desktop/desktop_programs.h"
 #include "device/desktop/desktop_telephone.h"
+#include "device/desktop/language_files.h"
 #include "device/desktop/run_folder.h"
 #include "device/desktop/secrets.h"
 #include "device/desktop/spdlog_log.h"
@@ -53,6 +54,7 @@
 #if KELPIN_HAS_PCSC
 #include "device/pcsc/pcsc_channel.h"
 #endif
+#include "device/qt/button_words.h"
 #include "device/qt/end_signals.h"
 #include "device/qt/qt_screen.h"
 #include "device/qt/qt_shell.h"
@@ -62,6 +64,8 @@
 #include "platform/telephone.h"
 #include "program.h"
 #include "res/ids.h"
+#include "res/language.h"
+#include "res/strings.h"
 #include "ui/list_view.h"
 
 namespace {
@@ -383,6 +387,33 @@ std::unique_ptr<desktop::SpdlogLog> OpenLog(const desktop::Folders& folders) {
   return log;
 }
 
+// The user's language, where there is a file of it, else English. What is wrong with the files is
+// told in `notes`.
+void ChooseLanguage(std::vector<std::string>& notes) {
+  for (const fs::path& file : desktop::LanguageFiles(
+           desktop::WantedLanguages(), desktop::DataFolders(desktop::ProgramFolder()))) {
+    std::string bytes;
+    std::string why;
+    std::vector<std::string> faults;
+    std::optional<res::LanguageTexts> texts;
+    if (desktop::ReadDataFile(file, res::kLanguageFileLimit, bytes, why)) {
+      texts = res::ReadLanguage(bytes, faults);
+    } else {
+      faults.push_back(why);
+    }
+    for (const std::string& fault : faults) {
+      notes.push_back(file.string() + ": " + fault);
+    }
+    if (texts.has_value()) {
+      res::UseLanguage(std::move(*texts));
+      const auto word = [](int id) { return std::u16string(res::LoadString(id)); };
+      qt::SetButtonWords({word(res::kTextKeyYes), word(res::kTextKeyNo), word(res::kTextKeyOk),
+                          word(res::kTextKeyDone)});
+      return;
+    }
+  }
+}
+
 bool HasDisplay() {
   for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
     if (!desktop::ProcessEnvironment(name).empty()) {
@@ -525,6 +556,8 @@ int Start(const Options& options, char* programName, SteadyTime start) {
   const bool picture = !options.screenshot.empty();
   desktop::StartTurn turn;
   std::atomic<bool> failed = false;
+  std::vector<std::string> languageNotes;
+  ChooseLanguage(languageNotes);
   qt::EndSignals endSignals;
   qInstallMessageHandler(TellQtMessage);
   qt::QtScreen screen(argc, argv,
@@ -542,6 +575,9 @@ int Start(const Options& options, char* programName, SteadyTime start) {
     return kExitFailure;
   };
   const std::unique_ptr<desktop::SpdlogLog> log = OpenLog(folders);
+  for (const std::string& note : languageNotes) {
+    log->DebugOutput(u"[KELPIN]:" + QString::fromStdString(note).toStdU16String() + u"\r\n");
+  }
 
   std::string why;
   if (!desktop::MakePrivateFolder(folders.runtime, why)) {

@@ -9,6 +9,7 @@ seconds=${KELPIN_FUZZ_SECONDS:-60}
 # Optimised lightly: the sanitizers' runs are what takes the time.
 debug=(-DCMAKE_BUILD_TYPE=Debug "-DCMAKE_CXX_FLAGS_DEBUG=-O1 -g1")
 export CMAKE_CXX_COMPILER_LAUNCHER=ccache
+export LC_ALL=C.UTF-8  # texts are expected in English
 export CTEST_OUTPUT_ON_FAILURE=1
 export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1
 export UBSAN_OPTIONS=print_stacktrace=1

@@ -18,6 +18,10 @@ constexpr std::uint32_t kNotificationClass = 0x00400000;
 static_assert(kNotificationClass == platform::kRilClassMiscellaneous);
 constexpr std::uint32_t kSelectedFocused = ui::kItemSelected | ui::kItemFocused;
 
+ui::ListMessage Message(int text, int hint) {
+  return {std::u16string(res::LoadString(text)), std::u16string(res::LoadString(hint)), 0, 0};
+}
+
 }  // namespace
 
 OwnNumberReader::OwnNumberReader(app::AppState& state)
@@ -98,15 +102,17 @@ void OwnNumberReader::Fill(ui::ListView& list, std::uint32_t turn) {
   if (!Wanted(turn)) {
     return;
   }
+  list.SetMessage(Message(res::kTextReadingCard, 0));
+  bool cardFailed = false;
   if (!client_.GetFileInfo(kOwnNumberFile)) {
-    TellStatus();
-    return;
-  }
-  const std::uint32_t count = client_.RecordCount();
-  for (std::uint32_t record = 1; record <= count && Wanted(turn); ++record) {
-    if (!ReadRecord(list, record)) {
-      TellStatus();
-      break;
+    cardFailed = TellStatus();
+  } else {
+    const std::uint32_t count = client_.RecordCount();
+    for (std::uint32_t record = 1; record <= count && Wanted(turn); ++record) {
+      if (!ReadRecord(list, record)) {
+        cardFailed = TellStatus();
+        break;
+      }
     }
   }
   if (!Wanted(turn)) {
@@ -115,8 +121,12 @@ void OwnNumberReader::Fill(ui::ListView& list, std::uint32_t turn) {
   if (list.ItemCount() > 0) {
     list.SetItemState(0, kSelectedFocused, kSelectedFocused);
     list.EnsureVisible(0);
+  } else if (cardFailed) {
+    // A list that is only looked at has no Refresh.
+    const bool canRefresh = state_.settings.ReadOnly_OwnNumber == 0;
+    list.SetMessage(Message(res::kTextCardNotRead, canRefresh ? res::kTextCardNotReadHint : 0));
   } else {
-    list.SetMessage({std::u16string(res::LoadString(res::kTextNoOwnNumbers)), {}, 0, 0});
+    list.SetMessage(Message(res::kTextNoOwnNumbers, 0));
   }
 }
 
@@ -140,14 +150,15 @@ bool OwnNumberReader::ReadRecord(ui::ListView& list, std::uint32_t record) {
 }
 
 // A card that answers, but has no such file or record, is no failure.
-void OwnNumberReader::TellStatus() {
+bool OwnNumberReader::TellStatus() {
   if (closed_) {
-    return;
+    return false;
   }
   const platform::SimResult result = state_.simPhonebook.ReadStatus();
   if (!closed_ && !state_.closing) {
     app::ShowSimError(state_.ports.screen, dialog_->Handle(), result);
   }
+  return result != platform::SimResult::kOk;
 }
 
 void OwnNumberWatcher::Start() {

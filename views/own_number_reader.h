@@ -49,7 +49,8 @@ class OwnNumberReader : public std::enable_shared_from_this<OwnNumberReader> {
  private:
   void Fill(ui::ListView& list, std::uint32_t turn);
   bool ReadRecord(ui::ListView& list, std::uint32_t record);
-  void TellStatus();
+  // True when the card has failed.
+  bool TellStatus();
   // Whether this fill is to go on: the list is there and none was started after it.
   bool Wanted(std::uint32_t turn) const { return !closed_ && turn == turn_; }
 

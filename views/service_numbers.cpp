@@ -44,6 +44,10 @@ int Unit(const app::AppState& state) {
   return state.isSmartphone == 0 && state.isHighRes != 0 ? kHighResUnit : kUnit;
 }
 
+ui::ListMessage Message(int text) {
+  return {std::u16string(res::LoadString(text)), {}, 0, 0};
+}
+
 }  // namespace
 
 // The thread holds it, so that closing the dialog ends the thread and not the other way round.
@@ -56,10 +60,10 @@ struct ServiceNumbersDialog::Reader {
 
   void Run();
   void Fill(ui::ListView& list);
-  void ReadRecords(ui::ListView& list);
+  bool ReadRecords(ui::ListView& list);  // false when the card has failed
   bool ReadOne(ui::ListView& list, std::uint32_t record);
   std::u16string Extension(std::uint8_t record);
-  void TellNotRead();
+  bool TellNotRead();  // true when the card has failed
 
   app::AppState& state;
   const int unit;
@@ -80,7 +84,8 @@ void ServiceNumbersDialog::Reader::Run() {
 }
 
 void ServiceNumbersDialog::Reader::Fill(ui::ListView& list) {
-  ReadRecords(list);
+  list.SetMessage(Message(res::kTextReadingCard));
+  const bool cardFailed = !ReadRecords(list);
   if (closed) {
     return;
   }
@@ -91,22 +96,21 @@ void ServiceNumbersDialog::Reader::Fill(ui::ListView& list) {
     list.SetItemState(0, kSelectedFocused, kSelectedFocused);
     list.EnsureVisible(0);
   } else {
-    list.SetMessage({std::u16string(res::LoadString(res::kTextNoServiceNumbers)), {}, 0, 0});
+    list.SetMessage(Message(cardFailed ? res::kTextCardNotRead : res::kTextNoServiceNumbers));
   }
 }
 
-void ServiceNumbersDialog::Reader::ReadRecords(ui::ListView& list) {
+bool ServiceNumbersDialog::Reader::ReadRecords(ui::ListView& list) {
   if (!numbers.GetFileInfo(kServiceNumberFile)) {
-    TellNotRead();
-    return;
+    return !TellNotRead();
   }
   const std::uint32_t count = numbers.RecordCount();
   for (std::uint32_t record = 1; record <= count; ++record) {
     if (!ReadOne(list, record)) {
-      TellNotRead();
-      return;
+      return !TellNotRead();
     }
   }
+  return true;
 }
 
 bool ServiceNumbersDialog::Reader::ReadOne(ui::ListView& list, std::uint32_t record) {
@@ -145,14 +149,15 @@ std::u16string ServiceNumbersDialog::Reader::Extension(std::uint8_t record) {
 }
 
 // A card without the file is no failure of the card.
-void ServiceNumbersDialog::Reader::TellNotRead() {
+bool ServiceNumbersDialog::Reader::TellNotRead() {
   if (closed) {
-    return;
+    return false;
   }
   const platform::SimResult result = state.simPhonebook.ReadCaps();
   if (!closed && !state.closing) {
     app::ShowSimError(state.ports.screen, dialog->Handle(), result);
   }
+  return result != platform::SimResult::kOk;
 }
 
 ServiceNumbersDialog::ServiceNumbersDialog(app::AppState& state)

@@ -78,10 +78,10 @@ TEST_F(OwnNumbersTest, ACardWithoutRecordsShowsAnEmptyListAndAWord) {
   OpenMain();
   Show(kCommand, kDialog, [&](ui::Dialog& dialog) {
     ui::ListView& list = *dialog.List(res::kOwnNumbersList);
-    ASSERT_TRUE(Await([&] { return !list.Message().text.empty(); }));
+    ASSERT_TRUE(Await([&] { return list.Message().text == u"This card keeps no own numbers"; }));
     EXPECT_EQ(list.ItemCount(), 0);
     EXPECT_EQ(list.SelectedCount(), 0);
-    EXPECT_EQ(list.Message().text, u"This card keeps no own numbers");
+    EXPECT_EQ(list.Message().hint, u"");
   });
   EXPECT_TRUE(Boxes().empty());
 }
@@ -215,9 +215,12 @@ TEST_F(OwnNumbersTest, ACardThatFailsDuringTheFillIsShown) {
     }
     return answer;
   });
-  Show(kCommand, kDialog, [&](ui::Dialog&) {
+  Show(kCommand, kDialog, [&](ui::Dialog& dialog) {
     ASSERT_TRUE(Await([&] { return !Boxes().empty(); }));
     EXPECT_THAT(BoxTexts(), ElementsAre(u"SIM is busy."));
+    ui::ListView& list = *dialog.List(res::kOwnNumbersList);
+    ASSERT_TRUE(Await([&] { return list.Message().text == u"The card could not be read"; }));
+    EXPECT_EQ(list.Message().hint, u"Press Refresh in the menu to try again.");
   });
 }
 

@@ -148,12 +148,23 @@ TEST_F(ServiceNumbersTest, ACardWithoutTheFileShowsAnEmptyListAndNoError) {
   OpenMain();
   FailCommand(platform::kRilSimGetResponse, kFile);
   Show(kCommand, kDialog, [&](ui::Dialog& dialog) {
-    ASSERT_TRUE(Await([&] { return !dialog.List(1034)->Message().text.empty(); }));
+    ASSERT_TRUE(Await(
+        [&] { return dialog.List(1034)->Message().text == u"No service numbers on this card"; }));
     EXPECT_EQ(dialog.List(1034)->ItemCount(), 0);
-    EXPECT_EQ(dialog.List(1034)->Message().text, u"No service numbers on this card");
     EXPECT_EQ(Calls("SimGetDevCaps"), 1u);
   });
   EXPECT_TRUE(Boxes().empty());
+}
+
+TEST_F(ServiceNumbersTest, AnEmptyListOfACardThatFailedSaysSo) {
+  OpenMain();
+  FailCommand(platform::kRilSimGetResponse, kFile);
+  device.sim.SetResult("SimGetDevCaps", SimResult::kSimBusy);
+  Show(kCommand, kDialog, [&](ui::Dialog& dialog) {
+    ASSERT_TRUE(
+        Await([&] { return dialog.List(1034)->Message().text == u"The card could not be read"; }));
+  });
+  EXPECT_THAT(BoxTexts(), ElementsAre(u"SIM is busy."));
 }
 
 TEST_F(ServiceNumbersTest, ARecordThatFailsLeavesTheRowsBeforeItAndACardsFailureIsShown) {

@@ -446,11 +446,11 @@ long ResidentKilobytes() {
 
 void PrintList(const app::AppState& state) {
   const ui::ListView& list = *state.dialog->List(res::kMainList);
-  std::cout << desktop::Utf8(state.dialog->Text(res::kMainHeader)) << '\n';
+  std::cout << desktop::Utf8Line(state.dialog->Text(res::kMainHeader)) << '\n';
   for (int row = 0; row < list.ItemCount(); ++row) {
-    std::printf("%5s  %-30s  %s\n", desktop::Utf8(list.ItemText(row, 0)).c_str(),
-                desktop::Utf8(list.ItemText(row, 1)).c_str(),
-                desktop::Utf8(list.ItemText(row, 2)).c_str());
+    std::printf("%5s  %-30s  %s\n", desktop::Utf8Line(list.ItemText(row, 0)).c_str(),
+                desktop::Utf8Line(list.ItemText(row, 1)).c_str(),
+                desktop::Utf8Line(list.ItemText(row, 2)).c_str());
   }
   std::printf("%d entries\n", list.ItemCount());
 }

@@ -9,6 +9,7 @@
 #include <map>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "device/desktop/desktop_programs.h"
@@ -140,6 +141,38 @@ TEST(Utf8, HalfAPairIsReplaced) {
   EXPECT_EQ(Utf8(u"aé€\U0001F4DE"), "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x93\x9E");
   const char16_t halves[] = {0xD83D, u'x', 0xDCDE, 0xD83D};
   EXPECT_EQ(Utf8({halves, 4}), "\xEF\xBF\xBDx\xEF\xBF\xBD\xEF\xBF\xBD");
+}
+
+TEST(Utf8Line, WhatSteersATerminalIsReplaced) {
+  constexpr const char* kBad = "\xEF\xBF\xBD";
+  const std::pair<char16_t, const char*> units[] = {
+      {0x00, kBad},
+      {u'\t', kBad},
+      {u'\n', kBad},
+      {u'\r', kBad},
+      {0x1B, kBad},
+      {0x1F, kBad},
+      {u' ', " "},
+      {u'~', "~"},
+      {0x7F, kBad},
+      {0x80, kBad},
+      {0x9B, kBad},
+      {0x9F, kBad},
+      {0xA0, "\xC2\xA0"},
+      {0x200E, "\xE2\x80\x8E"},
+      {0x2027, "\xE2\x80\xA7"},
+      {0x2028, kBad},
+      {0x202E, kBad},
+      {0x202F, "\xE2\x80\xAF"},
+      {0x2066, kBad},
+      {0x2069, kBad},
+      {0x206A, "\xE2\x81\xAA"},
+  };
+  for (const auto& [unit, line] : units) {
+    EXPECT_EQ(Utf8Line({&unit, 1}), line) << static_cast<int>(unit);
+  }
+  EXPECT_EQ(Utf8Line(u"a\x1B[31m\n\u00E9\U0001F4DE"),
+            "a\xEF\xBF\xBD[31m\xEF\xBF\xBD\xC3\xA9\xF0\x9F\x93\x9E");
 }
 
 TEST(SpdlogLog, TheFileIsTheUsersAloneAndKeepsWhatWasThere) {

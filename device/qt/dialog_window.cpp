@@ -214,6 +214,7 @@ void DialogWindow::Sync() {
     return;
   }
   setWindowTitle(ToQt(dialog_->Title()));
+  GiveUpFocus(dialog_->Controls());
   bar_->Sync();
   LayOutFrame();
   const std::vector<ui::ControlState> states = dialog_->Controls();
@@ -288,6 +289,33 @@ void DialogWindow::BringIntoView(const QWidget& widget) {
   const int room = scroll_->viewport()->height() / 2;
   scroll_->ensureVisible(middle.x(), middle.y(), 0,
                          std::min(widget.height() / 2 + Scaled(kAround), room));
+}
+
+// Qt would hand the focus on to the next field, which is perhaps the next to be disabled and would
+// be left with its text selected.
+void DialogWindow::GiveUpFocus(const std::vector<ui::ControlState>& states) {
+  QWidget* const has = focusWidget();
+  if (has == nullptr) {
+    return;
+  }
+  for (const ui::ControlState& state : states) {
+    const bool takesInput = state.kind == ui::ControlKind::kEdit ||
+                            state.kind == ui::ControlKind::kButton ||
+                            state.kind == ui::ControlKind::kCheckBox;
+    if (takesInput && controls_[state.id].active == has && !(state.enabled && state.visible)) {
+      has->clearFocus();
+      return;
+    }
+  }
+  const std::shared_ptr<ui::MenuBar> bar = dialog_->Bar();
+  const std::vector<SoftKeyButton*>& keys = bar_->Keys();
+  const std::size_t count = bar == nullptr ? 0 : std::min(bar->KeyCount(), keys.size());
+  for (std::size_t key = 0; key < count; ++key) {
+    if (keys[key] == has && !bar->KeyAt(key).enabled) {
+      has->clearFocus();
+      return;
+    }
+  }
 }
 
 void DialogWindow::SyncFocus() {

@@ -69,6 +69,8 @@ class DialogWindow : public QDialog, public DialogEvents {
   void TellSize();
   void PlaceAll(const std::vector<ui::ControlState>& states);
   void BringIntoView(const QWidget& widget);
+  // Before what has the focus is disabled or hidden.
+  void GiveUpFocus(const std::vector<ui::ControlState>& states);
   void SyncFocus();
   void SyncAll();  // after a change of colours or text size
   QPoint PopupPlace(ui::Point point) const;

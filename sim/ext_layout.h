@@ -104,6 +104,7 @@ struct SetLayout {
 // Lengths in bytes; all of it 0 or none until loaded.
 struct PhonebookLayout {
   bool loaded = false;
+  bool toldWhole = false;  // the card left no question about entries and fields unanswered
   std::array<SetLayout, kPhonebookSets> sets;
   std::uint32_t numberNameLength = 0;
   std::uint32_t numberNameCount = 0;

@@ -147,7 +147,7 @@ std::uint32_t RilClient::Wait(std::uint32_t milliseconds) {
 }
 
 bool RilClient::Execute(const std::function<std::int32_t(RilHandle)>& send,
-                        std::vector<std::uint8_t>* response) {
+                        std::vector<std::uint8_t>* response, std::vector<std::uint8_t>* refusal) {
   const MutexLock gate(gate_);
   // Without the event nobody would hear of the result.
   if (completionEvent_ == nullptr) return false;
@@ -174,17 +174,21 @@ bool RilClient::Execute(const std::function<std::int32_t(RilHandle)>& send,
     if (sent && early != earlyResults_.end()) Complete(early->code, std::move(early->data));
     earlyResults_.clear();
   }
-  const bool succeeded = sent && Wait(kRilTimeout) == platform::kRilResultOk;
+  const std::uint32_t code = sent ? Wait(kRilTimeout) : 0;
   const MutexLock lock(lock_);
   executing_ = false;
-  if (!succeeded || aborted_) return false;
+  if (aborted_) return false;
+  if (code == platform::kRilResultError && refusal != nullptr) *refusal = response_;
+  if (code != platform::kRilResultOk) return false;
   if (response != nullptr) *response = response_;
   return true;
 }
 
 bool RilClient::DevSpecific(const void* block, std::uint32_t size,
-                            std::vector<std::uint8_t>* response) {
-  return Execute([&](RilHandle ril) { return radio_.RIL_DevSpecific(ril, block, size); }, response);
+                            std::vector<std::uint8_t>* response,
+                            std::vector<std::uint8_t>* refusal) {
+  return Execute([&](RilHandle ril) { return radio_.RIL_DevSpecific(ril, block, size); }, response,
+                 refusal);
 }
 
 bool RilClient::GetFileInfo(std::uint32_t fileId) {
@@ -253,21 +257,23 @@ void RilClient::NotifyDriver() {
   devices_.CloseDevice(driver);
 }
 
-bool RilClient::GetExtResponse(std::uint32_t code, std::vector<std::uint8_t>& response) {
+bool RilClient::GetExtResponse(std::uint32_t code, std::vector<std::uint8_t>& response,
+                               std::vector<std::uint8_t>* refusal) {
   platform::RilSimFileCommand block;
   block.operation = platform::kRilSimGetResponse;
   block.fileCode = code;
-  return DevSpecific(&block, sizeof(block), &response);
+  return DevSpecific(&block, sizeof(block), &response, refusal);
 }
 
 bool RilClient::ReadExtRecord(std::uint32_t code, std::uint32_t record,
-                              std::vector<std::uint8_t>& response) {
+                              std::vector<std::uint8_t>& response,
+                              std::vector<std::uint8_t>* refusal) {
   platform::RilSimFileCommand block;
   block.operation = platform::kRilSimReadRecord;
   block.fileCode = code;
   block.record = record;
   block.mode = platform::kRilSimAbsoluteMode;
-  return DevSpecific(&block, sizeof(block), &response);
+  return DevSpecific(&block, sizeof(block), &response, refusal);
 }
 
 bool RilClient::WriteExtRecord(std::uint32_t code, std::uint32_t record,

@@ -66,9 +66,12 @@ class RilClient {
   // `data` is one record. Tells the radio driver afterwards; whether that worked does not matter.
   bool UpdateRecord(std::uint32_t fileId, std::uint32_t record, std::span<const std::uint8_t> data);
 
-  // Files of the USIM phone book, by file code. Responses as of ReadRecord.
-  bool GetExtResponse(std::uint32_t code, std::vector<std::uint8_t>& response);
-  bool ReadExtRecord(std::uint32_t code, std::uint32_t record, std::vector<std::uint8_t>& response);
+  // Files of the USIM phone book, by file code. Responses as of ReadRecord. `refusal` may be null;
+  // it gets the response of a command that was answered with an error, and nothing else.
+  bool GetExtResponse(std::uint32_t code, std::vector<std::uint8_t>& response,
+                      std::vector<std::uint8_t>* refusal = nullptr);
+  bool ReadExtRecord(std::uint32_t code, std::uint32_t record, std::vector<std::uint8_t>& response,
+                     std::vector<std::uint8_t>* refusal = nullptr);
   // `data` is one record of at most 256 bytes; `fill` stands behind it in the command. Nothing is
   // ever written to file code 0, the reference file.
   bool WriteExtRecord(std::uint32_t code, std::uint32_t record, std::span<const std::uint8_t> data,
@@ -109,11 +112,12 @@ class RilClient {
 
  protected:
   // Sends one command and waits for its result. `send` makes the call and returns what it returned;
-  // `response` may be null.
+  // `response` may be null, and so may `refusal`, which is written when the answer is an error.
   bool Execute(const std::function<std::int32_t(platform::RilHandle)>& send,
-               std::vector<std::uint8_t>* response);
+               std::vector<std::uint8_t>* response, std::vector<std::uint8_t>* refusal = nullptr);
   // A command of the device's own: its first word is the command. `size` is what the radio is told.
-  bool DevSpecific(const void* block, std::uint32_t size, std::vector<std::uint8_t>* response);
+  bool DevSpecific(const void* block, std::uint32_t size, std::vector<std::uint8_t>* response,
+                   std::vector<std::uint8_t>* refusal = nullptr);
 
  private:
   struct EarlyResult {

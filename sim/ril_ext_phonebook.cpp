@@ -1,6 +1,7 @@
 #include "sim/ril_ext_phonebook.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <utility>
 
@@ -44,6 +45,16 @@ std::uint32_t MappedRecords(const SlotLayout& file) {
   return std::min(file.recordCount, kMappedRecords);
 }
 
+// The card's word that it has no such file or record, in the classes of TS 51.011 9.4 and of
+// TS 102 221 10.2.1.5. Anything else may be there and only not be readable now.
+bool SaysThereIsNone(std::span<const std::uint8_t> refusal) {
+  platform::RilSimResponse header;
+  if (refusal.size() < sizeof(header)) return false;
+  std::memcpy(&header, refusal.data(), sizeof(header));
+  constexpr std::array<std::uint32_t, 5> kNone = {0x94, 0x6A, 0x6B, 0x6D, 0x6E};
+  return std::find(kNone.begin(), kNone.end(), header.statusWord1) != kNone.end();
+}
+
 }  // namespace
 
 // Load -------------------------------------------------------------------------------------------
@@ -56,8 +67,11 @@ bool RilExtPhonebook::LoadLayout(const FieldSwitches& switches) {
     marks_.clear();
   }
   PhonebookLayout layout;
+  layout.toldWhole = true;
   if (!ReadReferences(layout)) {
-    Publish(PhonebookLayout());
+    PhonebookLayout none;
+    none.toldWhole = layout.toldWhole;
+    Publish(std::move(none));
     Close();
     return false;
   }
@@ -80,7 +94,9 @@ void RilExtPhonebook::Publish(PhonebookLayout layout) {
 bool RilExtPhonebook::ReadReferences(PhonebookLayout& layout) {
   for (std::uint32_t set = 0; set < kPhonebookSets; ++set) {
     Record response;
-    const bool read = ReadExtRecord(kReferenceFile, set + 1, response);
+    Record refusal;
+    const bool read = ReadExtRecord(kReferenceFile, set + 1, response, &refusal);
+    if (!read && !SaysThereIsNone(refusal)) layout.toldWhole = false;
     if (!read && set == 0) return false;
     if (read) ReadReference(RecordBytes(response), set, layout);
   }
@@ -89,10 +105,11 @@ bool RilExtPhonebook::ReadReferences(PhonebookLayout& layout) {
 
 void RilExtPhonebook::MeasureNames(PhonebookLayout& layout) {
   std::uint32_t entryLength = 0;
-  Measure(kEntryFile, entryLength, layout.adnRecords);
+  bool namesTold = true;  // without them the entries' fields are no less
+  Measure(kEntryFile, entryLength, layout.adnRecords, layout.toldWhole);
   if (layout.adnRecords == 0) layout.adnRecords = kDefaultAdnRecords;
-  Measure(kGroupNameFile, layout.groupNameLength, layout.groupNameCount);
-  Measure(kNumberNameFile, layout.numberNameLength, layout.numberNameCount);
+  Measure(kGroupNameFile, layout.groupNameLength, layout.groupNameCount, namesTold);
+  Measure(kNumberNameFile, layout.numberNameLength, layout.numberNameCount, namesTold);
 }
 
 void RilExtPhonebook::MeasureFiles(const FieldSwitches& switches, PhonebookLayout& layout) {
@@ -108,7 +125,7 @@ void RilExtPhonebook::MeasureFiles(const FieldSwitches& switches, PhonebookLayou
               file.shared != 0 || !IsWanted(slot, switches)) {
             continue;
           }
-          Measure(FieldFileCode(slot, set), file.recordLength, file.recordCount);
+          Measure(FieldFileCode(slot, set), file.recordLength, file.recordCount, layout.toldWhole);
           if (fileClass == kClassType2) ReadUsed(set, slot, layout);
           AddCapacity(slot, file.recordCount, layout);
         }
@@ -122,7 +139,8 @@ void RilExtPhonebook::MeasureFiles(const FieldSwitches& switches, PhonebookLayou
     SetLayout& files = layout.sets[set];
     if (files.type1.Position(kTypeGroup) == files.type1.count) continue;
     std::uint32_t count = 0;
-    Measure(GroupFileCode(set), files.groupRecordLength, count);
+    bool told = true;
+    Measure(GroupFileCode(set), files.groupRecordLength, count, told);
   }
 }
 
@@ -136,11 +154,19 @@ void RilExtPhonebook::ReadUsed(std::uint32_t set, FieldSlot slot, PhonebookLayou
   }
 }
 
-bool RilExtPhonebook::Measure(std::uint32_t code, std::uint32_t& length, std::uint32_t& count) {
+bool RilExtPhonebook::Measure(std::uint32_t code, std::uint32_t& length, std::uint32_t& count,
+                              bool& told) {
   Record response;
-  if (!GetExtResponse(code, response)) return false;
+  Record refusal;
+  if (!GetExtResponse(code, response, &refusal)) {
+    told = told && SaysThereIsNone(refusal);
+    return false;
+  }
   const std::span<const std::uint8_t> header = RecordBytes(response);
-  if (header.size() <= kRecordLengthByte || header[kRecordLengthByte] == 0) return false;
+  if (header.size() <= kRecordLengthByte || header[kRecordLengthByte] == 0) {
+    told = false;
+    return false;
+  }
   length = header[kRecordLengthByte];
   const auto high = static_cast<std::uint32_t>(header[kFileSizeByte]) << 8;
   count = (high | header[kFileSizeByte + 1]) / length;
@@ -152,6 +178,15 @@ bool RilExtPhonebook::Measure(std::uint32_t code, std::uint32_t& length, std::ui
 bool RilExtPhonebook::Loaded() const {
   const MutexLock lock(layoutLock_);
   return layout_.loaded;
+}
+
+bool RilExtPhonebook::SeesFieldsOf(std::uint32_t location) const {
+  const MutexLock lock(layoutLock_);
+  std::uint32_t set = 0;
+  std::uint32_t record = 0;
+  return layout_.toldWhole &&
+         (!layout_.loaded ||
+          (SplitLocation(location, layout_.adnRecords, set, record) != 0 && set < kPhonebookSets));
 }
 
 SlotLayout RilExtPhonebook::Slot(std::uint32_t set, FieldSlot slot) const {
@@ -334,8 +369,9 @@ bool RilExtPhonebook::GetFreeExtRecords(std::uint32_t& first, std::uint32_t& sec
 }
 
 bool RilExtPhonebook::ReadExtRecord(std::uint32_t code, std::uint32_t record,
-                                    std::vector<std::uint8_t>& response) {
-  if (!RilClient::ReadExtRecord(code, record, response)) return false;
+                                    std::vector<std::uint8_t>& response,
+                                    std::vector<std::uint8_t>* refusal) {
+  if (!RilClient::ReadExtRecord(code, record, response, refusal)) return false;
   const std::span<const std::uint8_t> bytes = RecordBytes(response);
   const MutexLock lock(layoutLock_);
   lastRecord_.assign(bytes.begin(), bytes.end());

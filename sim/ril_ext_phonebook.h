@@ -60,6 +60,10 @@ class RilExtPhonebook : public RilClient {
   // cannot be read is left out. What fields are read and written meanwhile is as it was before.
   bool LoadLayout(const FieldSwitches& switches);
   bool Loaded() const;
+  // Whether an entry's fields that are found absent are none. False before a load, for what the
+  // card did not tell of when it was asked for the layout, and beyond the fourth set: the entry may
+  // have fields there that nobody sees.
+  bool SeesFieldsOf(std::uint32_t location) const;
 
   // The layout. A set's own file, and the one that it uses: the first set's where it is shared.
   SlotLayout Slot(std::uint32_t set, FieldSlot slot) const;
@@ -93,7 +97,8 @@ class RilExtPhonebook : public RilClient {
   bool GetFreeExtRecords(std::uint32_t& first, std::uint32_t& second);
 
   // As RilClient's; the record's bytes are kept.
-  bool ReadExtRecord(std::uint32_t code, std::uint32_t record, std::vector<std::uint8_t>& response);
+  bool ReadExtRecord(std::uint32_t code, std::uint32_t record, std::vector<std::uint8_t>& response,
+                     std::vector<std::uint8_t>* refusal = nullptr);
   std::vector<std::uint8_t> LastRecord() const;
 
   // One field. `existing` is the type-2 record that holds it, kNoRecord for none: pass it on from
@@ -140,7 +145,8 @@ class RilExtPhonebook : public RilClient {
   void MeasureNames(PhonebookLayout& layout);
   void MeasureFiles(const FieldSwitches& switches, PhonebookLayout& layout);
   void ReadUsed(std::uint32_t set, FieldSlot slot, PhonebookLayout& layout);
-  bool Measure(std::uint32_t code, std::uint32_t& length, std::uint32_t& count);
+  // `told` becomes false when the card did not say whether there is such a file, or of what size.
+  bool Measure(std::uint32_t code, std::uint32_t& length, std::uint32_t& count, bool& told);
   void Publish(PhonebookLayout layout);
 
   bool FindTarget(FieldSlot slot, std::uint32_t location, Target& target) const;

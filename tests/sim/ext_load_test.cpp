@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <optional>
+
 #include "tests/sim/ext_bench.h"
 
 namespace kelpin::sim {
@@ -280,6 +282,65 @@ TEST_F(ExtLoad, AMapShorterOrLongerThanItSaysIsNotReadPast) {
   EXPECT_EQ(first, 0u);
   EXPECT_FALSE(answer(Bytes("10000000 020000")));
   EXPECT_EQ(first, 0u);
+}
+
+// Fields that are not seen.
+
+class ExtLoadUnanswered : public ExtLoad {
+ protected:
+  // What the card says to this command of a load, and nothing else changed.
+  void Answer(const std::string& text, std::vector<std::uint8_t> refusal) {
+    book_.LoadLayout(all_);
+    const std::vector<std::uint8_t> block = BlockOf(text);
+    bench_.radio.SetResponder([block, refusal](const test::FakeRadio::Command& command) {
+      return command.block == block
+                 ? std::optional<test::FakeRadio::Answer>({platform::kRilResultError, refusal})
+                 : std::nullopt;
+    });
+    book_.Open(0);
+    book_.LoadLayout(all_);
+  }
+};
+
+TEST_F(ExtLoadUnanswered, EveryFieldIsSeenOfACardThatAnsweredAll) {
+  EXPECT_FALSE(book_.SeesFieldsOf(1));
+  Load();
+  EXPECT_TRUE(book_.SeesFieldsOf(1));
+  EXPECT_TRUE(book_.SeesFieldsOf(16));   // the last of the fourth set
+  EXPECT_FALSE(book_.SeesFieldsOf(17));  // of the fifth
+  EXPECT_FALSE(book_.SeesFieldsOf(0));
+}
+
+TEST_F(ExtLoadUnanswered, AQuestionLeftOpenMayHideFields) {
+  for (const char* text : {"read 0 1", "read 0 2", "measure 50", "measure 2", "measure 6"}) {
+    Answer(text, {});
+    EXPECT_FALSE(book_.SeesFieldsOf(1)) << text;
+    // Memory problem (TS 51.011 9.4.4).
+    Answer(text, test::FakeRadio::SimResponse({}, 0x92, 0x40));
+    EXPECT_FALSE(book_.SeesFieldsOf(1)) << text;
+    bench_.radio.SetResponder(nullptr);
+    book_.Open(0);
+  }
+}
+
+TEST_F(ExtLoadUnanswered, WhatTheCardDoesNotHaveHidesNone) {
+  for (const char* text : {"read 0 1", "read 0 3", "measure 2", "measure 6"}) {
+    // No such file, and no such record, of a USIM (TS 102 221 10.2.1.5).
+    for (const std::uint32_t word : {0x82u, 0x83u}) {
+      Answer(text, test::FakeRadio::SimResponse({}, 0x6A, word));
+      EXPECT_TRUE(book_.SeesFieldsOf(1)) << text;
+      bench_.radio.SetResponder(nullptr);
+      book_.Open(0);
+    }
+  }
+}
+
+TEST_F(ExtLoadUnanswered, NamesOfNumbersAndGroupsHideNoField) {
+  for (const char* text : {"measure 4", "measure 5", "measure 3"}) {
+    Answer(text, {});
+    EXPECT_TRUE(book_.SeesFieldsOf(1)) << text;
+    bench_.radio.SetResponder(nullptr);
+  }
 }
 
 }  // namespace

@@ -256,7 +256,8 @@ inline constexpr StringEntry kTexts[] = {
     {kTextOpeningCard, u"Opening the card\u2026"},
     {kTextOpeningCardSlow, u"The card takes its time. Press Cancel to end the program."},
     {kTextNoChosenNumbers, u"No contact has a number of the chosen kinds"},
-    {kTextNoChosenNumbersHint, u"Choose more phone types under Options... in the menu."},
+    {kTextNoChosenNumbersHint,
+     u"Choose phone types first: press Cancel, then Menu, Tools, Options..."},
     {kTextCopyFromSimStopped,
      u"%d of %d entries are done. The card was changed meanwhile, so the others were not copied "
      u"and the list is read again."},

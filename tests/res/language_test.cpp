@@ -287,10 +287,11 @@ TEST(German, HintsNameCommandsAsTheMenuDoes) {
     int hint;
     int command;
   } kNamed[] = {
-      {kTextNoEntriesHint, kStringNew},         {kTextNoEntriesHint, kTextMenuContactsToSim},
-      {kTextNoCardHint, kStringRefresh},        {kTextCardNotReadHint, kStringRefresh},
-      {kTextCardLockedHint, kStringRefresh},    {kTextNoChosenNumbersHint, kTextMenuOptions},
-      {kTextNoNamedGroupsHint, kTextMenuTools}, {kTextNoNamedGroupsHint, kTextMenuGroupNames},
+      {kTextNoEntriesHint, kStringNew},           {kTextNoEntriesHint, kTextMenuContactsToSim},
+      {kTextNoCardHint, kStringRefresh},          {kTextCardNotReadHint, kStringRefresh},
+      {kTextCardLockedHint, kStringRefresh},      {kTextNoChosenNumbersHint, kTextMenuOptions},
+      {kTextNoChosenNumbersHint, kTextMenuTools}, {kTextNoChosenNumbersHint, kTextKeyCancel},
+      {kTextNoNamedGroupsHint, kTextMenuTools},   {kTextNoNamedGroupsHint, kTextMenuGroupNames},
       {kTextOpeningCardSlow, kTextKeyCancel}};
   for (const auto& [hint, command] : kNamed) {
     EXPECT_NE(german.at(hint).find(u"„" + german.at(command) + u"“"), std::u16string::npos)

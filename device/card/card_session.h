@@ -39,8 +39,13 @@ class CardSession {
   bool Changing() const { return changing_; }
 
   // The callers look at the card afresh: another card is no longer unexpected.
-  void Accept() { swapped_ = false; }
-  bool Swapped() const { return swapped_; }
+  void Accept() {
+    if (holds_ == 0) swapped_ = false;
+  }
+  bool Swapped() const { return swapped_; }  // any thread
+  // From Hold to LetGo another card stays unexpected. Counted. Any thread.
+  void Hold() { ++holds_; }
+  void LetGo() { --holds_; }
   // Nothing is answered from memory any more.
   void Forget();
   // The card is out, or was reset: connect again before anything else.
@@ -66,7 +71,8 @@ class CardSession {
   CardFiles& files_;
   PhonebookFiles book_;
   std::vector<std::uint8_t> iccid_;  // of the card that was in last; empty: not known
-  bool swapped_ = false;
+  std::atomic<bool> swapped_ = false;
+  std::atomic<int> holds_ = 0;
   RefusedCodes refused_;
   std::atomic<bool> changing_ = false;
   std::uint32_t powerUps_ = 0;

@@ -116,6 +116,9 @@ void SimService::CardTouched() {
 void SimService::HeedEvents() {
   if (lost_.exchange(false)) session_.Drop();
   if (touched_.exchange(false)) session_.Forget();
+  // One that others ever had to themselves may have been written to at any time since.
+  if (channel_.OthersMaySelect()) shared_ = true;
+  if (afresh_.exchange(false) && shared_) session_.Forget();
 }
 
 void SimService::CallOut(const std::function<bool()>& open, const std::function<void()>& call) {

@@ -15,6 +15,7 @@
 #include "device/card/radio_commands.h"
 #include "device/card/task_queue.h"
 #include "platform/card_lock.h"
+#include "platform/card_use.h"
 #include "platform/mutex.h"
 #include "platform/radio_interface.h"
 #include "platform/sim_interface.h"
@@ -34,6 +35,7 @@ namespace kelpin::device::card {
 class SimService final : public platform::SimInterface,
                          public platform::RadioInterface,
                          public platform::CardLock,
+                         public platform::CardUse,
                          private CardChannelListener {
  public:
   explicit SimService(CardChannel& channel);
@@ -78,6 +80,11 @@ class SimService final : public platform::SimInterface,
   void ExpectCode() override;
   // What ExpectCode does; before any session is open.
   void SetCodeGuard(std::function<void()> guard) { codeGuard_ = std::move(guard); }
+
+  void ReadAfresh() override { afresh_ = true; }
+  void Hold() override { session_.Hold(); }
+  void LetGo() override { session_.LetGo(); }
+  bool IsExchanged() const override { return session_.Swapped(); }
 
   // The program ends: calls that wait for the card, and later ones, answer kNotReady at once;
   // nothing is begun any more, and an update that is under way goes on. Any thread.
@@ -141,8 +148,10 @@ class SimService final : public platform::SimInterface,
   // Set where the event is told, heeded before the next command to the card.
   std::atomic<bool> lost_ = false;
   std::atomic<bool> touched_ = false;
-  bool changedByOthers_ = false;  // the card's thread alone
-  int callsOut_ = 0;              // the same: calls under way, one within the other
+  std::atomic<bool> afresh_ = false;  // the program wants nothing from memory
+  bool changedByOthers_ = false;      // the card's thread alone
+  bool shared_ = false;               // the same: other programs reach the card too
+  int callsOut_ = 0;                  // the same: calls under way, one within the other
 
   Mutex callLock_;  // held by the card's thread while it calls out, and to close a session
   std::function<void()> codeGuard_;

@@ -152,6 +152,61 @@ TEST(SimServiceEvents, WhatAnotherProgramChangedIsReadFromTheCardAndToldOf) {
   EXPECT_EQ(ToHex(radio.Ask(platform::kRilDevPhonebookChanged).data), "01000000");
 }
 
+// A reader tells of no record that another program writes.
+TEST(SimServiceEvents, WhatAnotherProgramWroteUnnoticedIsReadWhenItIsAskedForAfresh) {
+  SoftCard card("usim");
+  SharedChannel channel(card.Channel());
+  SimService service(channel);
+  SimClient sim(service);
+  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
+  std::vector<std::uint8_t> response;
+  ASSERT_EQ(card.Channel().Transmit(Hex("00A40804067F105F3A4F3A"), response),
+            TransportError::kNone);
+  ASSERT_EQ(
+      card.Channel().Transmit(
+          Hex("00DC010426 58" + std::string(46, 'F') + "028121FFFFFFFFFFFFFFFFFFFFFF"), response),
+      TransportError::kNone);
+  ASSERT_EQ(ToHex(response), "9000");
+  service.ReadAfresh();
+  EXPECT_EQ(sim.Text(1), u"X|12");
+}
+
+TEST(SimServiceEvents, ACardOfOurOwnIsNotReadTwice) {
+  SoftCard card("usim");
+  SimService service(card.Channel());
+  SimClient sim(service);
+  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
+  const auto commands = card.Channel().CommandCount();
+  service.ReadAfresh();
+  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
+  EXPECT_EQ(card.Channel().CommandCount(), commands);
+}
+
+TEST(SimServiceEvents, AnotherCardTakesNoChangeUntilTheOldOneIsLetGo) {
+  SoftCard card("usim");
+  SoftCard another("usim-full");
+  SimService service(card.Channel());
+  SimClient sim(service);
+  RadioClient radio(service);
+  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
+  service.Hold();
+  EXPECT_EQ(sim.Write(1, u"Mine", u"1"), SimResult::kOk);
+  EXPECT_FALSE(service.IsExchanged());
+  const std::string file = card.File() + ".other";
+  std::filesystem::copy_file(another.File(), file);
+  std::string error;
+  ASSERT_TRUE(card.Channel().Insert(file, error)) << error;
+  ASSERT_EQ(radio.ReadEntries(1, 10).code, platform::kRilResultOk);
+  EXPECT_TRUE(service.IsExchanged());
+  EXPECT_EQ(sim.Write(1, u"Mine", u"1"), SimResult::kWrongSim);
+  service.LetGo();
+  // What was listed meanwhile was listed under the dialog that was for the old one.
+  EXPECT_EQ(sim.Write(1, u"Mine", u"1"), SimResult::kWrongSim);
+  ASSERT_EQ(radio.ReadEntries(1, 10).code, platform::kRilResultOk);
+  EXPECT_FALSE(service.IsExchanged());
+  EXPECT_EQ(sim.Write(1, u"Mine", u"1"), SimResult::kOk);
+}
+
 TEST(SimServiceEvents, AnotherCardThatIsListedAtOnceMayBeWritten) {
   SoftCard card("usim");
   SoftCard another("usim-full");

@@ -1,0 +1,21 @@
+#pragma once
+
+namespace kelpin::platform {
+
+// What the program tells the device of how it uses the card that is in. Any thread.
+class CardUse {
+ public:
+  virtual ~CardUse() = default;
+
+  // Where another program may have written to the card since, nothing more is answered from memory.
+  virtual void ReadAfresh() = 0;
+  // What is changed from here to LetGo is meant for the card that is in now. Another one that is
+  // put in meanwhile can be read and refuses every change with kWrongSim. Nesting is counted.
+  virtual void Hold() = 0;
+  virtual void LetGo() = 0;
+  // Every change is refused: another card is in. Outside of Hold and LetGo until that one was read
+  // from its first entry.
+  [[nodiscard]] virtual bool IsExchanged() const = 0;
+};
+
+}  // namespace kelpin::platform

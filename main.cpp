@@ -628,6 +628,7 @@ int Start(const Options& options, char* programName, SteadyTime start) {
                    *log,  screen};
   ports.cardLock = &card;
   ports.attended = !picture;
+  ports.cardUse = &card;
   const bool opened = app::OpenCard(ports, {.code = &pin, .giveUp = abandonCard});
   int code = 0;
   if (opened) {

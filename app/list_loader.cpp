@@ -102,6 +102,9 @@ int ListLoader::StartLoad() {
 }
 
 void ListLoader::Refresh() {
+  if (state_.ports.cardUse != nullptr) {
+    state_.ports.cardUse->ReadAfresh();
+  }
   UnlockForReading(state_, !state_.cardChanged.exchange(false));
   const SimResult result = state_.simPhonebook.ReadStatus();
   if (!Succeeded(result)) {

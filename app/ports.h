@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/card_lock.h"
+#include "platform/card_use.h"
 #include "platform/clock.h"
 #include "platform/contacts_store.h"
 #include "platform/devices.h"
@@ -32,6 +33,7 @@ struct Ports {
   ui::Screen& screen;
   platform::CardLock* cardLock = nullptr;  // null: the device asks for no codes
   bool attended = true;                    // somebody is there to type one
+  platform::CardUse* cardUse = nullptr;    // null: the device has one card for good
 };
 
 }  // namespace kelpin::app

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "app/app_state.h"
+#include "app/card_hold.h"
 #include "app/sim_error.h"
 #include "res/menus.h"
 #include "res/templates.h"
@@ -18,6 +19,7 @@ constexpr std::u16string_view kHelpFile = u"Kelpin.htm";
 void RunDialog(app::AppState& state, int dialog, ui::WindowHandle owner,
                ui::DialogHandler& handler) {
   if (const ui::DialogTemplate* const resource = res::FindDialog(dialog)) {
+    const app::CardHold hold(state);
     state.ports.screen.DialogBox(*resource, owner, handler);
   }
 }
@@ -31,7 +33,10 @@ void SetUpDialog(app::AppState& state, ui::Dialog& dialog, int bar, bool inputPa
 }
 
 bool CardAnswers(app::AppState& state, ui::Dialog& dialog) {
-  const platform::SimResult result = state.simPhonebook.ReadCaps();
+  platform::SimResult result = state.simPhonebook.ReadCaps();
+  if (Succeeded(result) && app::CardIsExchanged(state)) {
+    result = platform::SimResult::kWrongSim;
+  }
   app::ShowSimError(state.ports.screen, dialog.Handle(), result);
   return Succeeded(result);
 }

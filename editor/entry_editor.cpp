@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "app/app_state.h"
+#include "app/card_hold.h"
 #include "app/readiness.h"
 #include "editor/entry_layout.h"
 #include "res/ids.h"
@@ -241,6 +242,7 @@ void EntryEditors::Open(const EntryControls& controls, EntryEditorState& editorS
   }
   const auto editor =
       std::make_shared<EntryEditor>(state_, controls, editorState, pickers_, savedRows_);
+  const app::CardHold hold(state_);
   state_.ports.screen.DialogBox(*resource, state_.mainDialog, *editor);
 }
 

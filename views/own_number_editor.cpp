@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/app_state.h"
+#include "app/card_hold.h"
 #include "app/sim_error.h"
 #include "res/ids.h"
 #include "res/strings.h"
@@ -116,7 +117,10 @@ void OwnNumberEditor::Save(ui::Dialog& dialog) {
     return;
   }
   if (!client.UpdateRecord(kOwnNumberFile, static_cast<std::uint32_t>(row_) + 1, record)) {
-    const platform::SimResult result = state_.simPhonebook.ReadStatus();
+    platform::SimResult result = state_.simPhonebook.ReadStatus();
+    if (Succeeded(result) && app::CardIsExchanged(state_)) {
+      result = platform::SimResult::kWrongSim;
+    }
     if (!Succeeded(result)) {
       screen.SetWaitCursor(false);
       app::ShowSimError(screen, dialog.Handle(), result);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "app/app_state.h"
+#include "app/card_hold.h"
 #include "app/own_number_header.h"
 #include "app/readiness.h"
 #include "app/sim_error.h"
@@ -223,6 +224,7 @@ void ShowOwnNumbers(app::AppState& state, ui::WindowHandle owner,
   if (!app::CardIsReady(state)) {
     return;
   }
+  const app::CardHold hold(state);
   OwnNumbersDialog dialog(state, watcher);
   RunDialog(state, res::kDialogOwnNumbers, owner, dialog);
 }

@@ -31,6 +31,7 @@
 #include "tests/support/fake_shell.h"
 #include "tests/support/fake_telephone.h"
 #include "tests/support/headless_screen.h"
+#include "views/view_commands.h"
 
 namespace kelpin::editor {
 
@@ -52,6 +53,7 @@ class EntryFlow {
       commands.Register(res::kCommandSelectAll, [&app] { app::SelectAllRows(app); });
       commands.Register(res::kCommandRefresh, [&list] { list.Refresh(); });
       RegisterEditorCommands(app, commands, list);
+      views::RegisterViewCommands(app, commands, list);
     };
     wiring_.loadLayout = app::LoadExtendedLayout;
     wiring_.startWatchers = [](app::AppState& app, app::Commands& commands, app::ListLoader&) {
@@ -190,8 +192,8 @@ class EntryFlow {
   test::FakeContacts contacts{journal, failures};
   test::FakeLog log;
   test::FakeKernel kernel{journal, failures, &clock};
-  app::Ports ports{service,  service,   devices,  registry, kernel, shell,
-                   programs, telephone, contacts, clock,    log,    screen};
+  app::Ports ports{service,  service, devices, registry, kernel,  shell, programs, telephone,
+                   contacts, clock,   log,     screen,   nullptr, true,  &service};
   app::AppState state{ports};
 
  private:

@@ -1,0 +1,24 @@
+#pragma once
+
+namespace kelpin::app {
+
+struct AppState;
+
+// For as long as a dialog is open that changes the card: what the user began for one card never
+// goes to another that was put in meanwhile. The other one is read again when the dialog is closed.
+// Screen thread.
+class CardHold {
+ public:
+  explicit CardHold(AppState& state);
+  ~CardHold();
+  CardHold(const CardHold&) = delete;
+  CardHold& operator=(const CardHold&) = delete;
+
+ private:
+  AppState& state_;
+};
+
+// Another card is in than the one that the open dialog is for: it takes no change.
+bool CardIsExchanged(const AppState& state);
+
+}  // namespace kelpin::app

@@ -1,0 +1,135 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+
+#include "tests/flow/entry_editor_flow.h"
+
+// The card is exchanged for another while a dialog is open that was begun for the first one. The
+// new card is listed at once and gets nothing that was meant for the old one.
+namespace kelpin::editor {
+namespace {
+
+constexpr char16_t kWrong[] = u"Inorrect SIM was inserted.";
+
+class CardExchange : public testing::Test {
+ protected:
+  CardExchange() { std::filesystem::copy_file(another.File(), file); }
+
+  // Puts the other card in, and waits until its 250 entries are listed.
+  void Exchange() {
+    std::string error;
+    ASSERT_TRUE(flow.card.Channel().Insert(file, error)) << error;
+    ASSERT_TRUE(flow.screen.RunUntil([&] { return List().ItemCount() == 250; }));
+    ASSERT_TRUE(flow.Settle());
+  }
+  ui::ListView& List() { return *flow.state.dialog->List(res::kMainList); }
+  nlohmann::json OtherCard() const { return nlohmann::json::parse(std::ifstream(file))["mf"]; }
+  // Nothing is written to the other card, and once the dialog is closed the program works with it.
+  void ExpectUntouchedAndUsable() {
+    EXPECT_TRUE(OtherCard() == another.Image()["mf"]);
+    ASSERT_TRUE(flow.screen.RunUntil([&] { return !flow.service.IsExchanged(); }));
+    ASSERT_TRUE(flow.Settle());
+    flow.InEdit(250, [&](ui::Dialog& dialog) {
+      flow.Type(dialog, res::kEditName, u"Later");
+      flow.Done(dialog);
+      EXPECT_TRUE(dialog.Ended());
+    });
+    EXPECT_FALSE(OtherCard() == another.Image()["mf"]);
+  }
+
+  EntryFlow flow{"usim"};
+  device::card::SoftCard another{"usim-full"};
+  const std::string file = another.File() + ".other";
+};
+
+TEST_F(CardExchange, AnEditedEntryIsNotSavedToTheOtherCard) {
+  flow.Open();
+  flow.InEdit(1, [&](ui::Dialog& dialog) {
+    flow.Type(dialog, res::kEditName, u"Old card");
+    Exchange();
+    flow.Done(dialog);
+    EXPECT_FALSE(dialog.Ended());
+    EXPECT_EQ(dialog.Text(res::kEditName), u"Old card");
+    EXPECT_EQ(flow.BoxTexts(), Texts{kWrong});
+  });
+  ExpectUntouchedAndUsable();
+}
+
+TEST_F(CardExchange, ANewEntryIsNotSavedToTheOtherCard) {
+  // Room for it, so that nothing else keeps it out.
+  nlohmann::json image = nlohmann::json::parse(std::ifstream(file));
+  device::card::SetImageRecord(image, {"7F10", "5F3A", "4F3A"}, 9, "");
+  std::ofstream(file) << image.dump(1);
+  flow.Open();
+  flow.InNew([&](ui::Dialog& dialog) {
+    flow.Type(dialog, res::kNewName, u"Old card");
+    flow.Type(dialog, res::kNewNumber, u"1");
+    std::string error;
+    ASSERT_TRUE(flow.card.Channel().Insert(file, error)) << error;
+    ASSERT_TRUE(flow.screen.RunUntil([&] { return List().ItemCount() == 249; }));
+    ASSERT_TRUE(flow.Settle());
+    flow.Done(dialog);
+    EXPECT_FALSE(dialog.Ended());
+    EXPECT_EQ(dialog.Text(res::kNewName), u"Old card");
+    EXPECT_EQ(flow.BoxTexts(), Texts{kWrong});
+  });
+  EXPECT_TRUE(OtherCard() == image["mf"]);
+}
+
+TEST_F(CardExchange, AChangedNameGoesToNoListOfTheOtherCard) {
+  flow.Open();
+  flow.In(res::kDialogNumberNames, res::kCommandNumberNames, [&](ui::Dialog& dialog) {
+    ui::ListView& names = *dialog.List(res::kNumberNamesList);
+    ASSERT_GT(names.ItemCount(), 0);
+    const std::u16string before = names.ItemText(0, 1);
+    bool asked = false;
+    flow.screen.ScriptDialog(217, [&](ui::Dialog& name) {
+      asked = true;
+      flow.Type(name, 2001, u"Yacht");
+      Exchange();
+      name.PressSoftKey(0);
+      EXPECT_FALSE(name.Ended());
+      EXPECT_EQ(name.Text(2001), u"Yacht");
+      if (!name.Ended()) name.Close();
+    });
+    names.SetSelectionMark(0);
+    names.SetItemState(0, ui::kItemSelected | ui::kItemFocused,
+                       ui::kItemSelected | ui::kItemFocused);
+    dialog.PressSoftKey(0);
+    EXPECT_TRUE(asked);
+    EXPECT_EQ(flow.BoxTexts(), Texts{kWrong});
+    EXPECT_EQ(names.ItemText(0, 1), before);
+  });
+  ExpectUntouchedAndUsable();
+}
+
+TEST_F(CardExchange, AnOwnNumberOfTheOldCardIsNotWrittenToTheOther) {
+  flow.Open();
+  flow.In(208, res::kCommandOwnNumbers, [&](ui::Dialog& dialog) {
+    ui::ListView& numbers = *dialog.List(res::kOwnNumbersList);
+    ASSERT_TRUE(flow.screen.RunUntil([&] { return numbers.ItemCount() > 0; }));
+    bool asked = false;
+    flow.screen.ScriptDialog(210, [&](ui::Dialog& editor) {
+      asked = true;
+      flow.Type(editor, res::kOwnNumberNumber, u"4711");
+      Exchange();
+      editor.PressSoftKey(0);
+      EXPECT_FALSE(editor.Ended());
+      EXPECT_EQ(editor.Text(res::kOwnNumberNumber), u"4711");
+      if (!editor.Ended()) editor.Close();
+    });
+    numbers.SetSelectionMark(0);
+    numbers.SetItemState(0, ui::kItemSelected | ui::kItemFocused,
+                         ui::kItemSelected | ui::kItemFocused);
+    dialog.Command(332);
+    EXPECT_TRUE(asked);
+    EXPECT_EQ(flow.BoxTexts(), Texts{kWrong});
+  });
+  ExpectUntouchedAndUsable();
+}
+
+}  // namespace
+}  // namespace kelpin::editor

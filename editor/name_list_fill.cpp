@@ -106,10 +106,12 @@ void NameListFill::AddRow(ui::ListView& list, std::uint32_t id, std::u16string n
 }
 
 // What the user has selected meanwhile stays selected.
-void NameListFill::Finish(ui::ListView& list) const {
+void NameListFill::Finish(ui::ListView& list) {
   if (rows_.defaultName) {
     AddRow(list, 0, Text(res::kStringDefaultName));
   }
+  // Before the selection shows it: what is chosen then counts.
+  ended_ = true;
   if (list.ItemCount() == 0) {
     list.SetMessage({Text(rows_.nothing), Text(rows_.hint), 0, 0});
   } else if (list.SelectedCount() == 0) {

@@ -46,7 +46,7 @@ class NameListFill : public std::enable_shared_from_this<NameListFill> {
   // False when nothing more is to be read.
   bool AddRecord(ui::ListView& list, std::uint32_t id);
   void AddRow(ui::ListView& list, std::uint32_t id, std::u16string name) const;
-  void Finish(ui::ListView& list) const;
+  void Finish(ui::ListView& list);
   void EndWait();
 
   app::AppState& state_;

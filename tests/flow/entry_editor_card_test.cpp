@@ -123,6 +123,38 @@ TEST(EntryEditorCards, ADamagedCardTakesNameAndNumber) {
   });
 }
 
+// A program that erased an entry without its references leaves them at the free location.
+TEST(EntryEditorCards, ReferencesLeftAtAFreeLocationAreNotTheNewEntrys) {
+  EntryFlow flow("usim", [](nlohmann::json& image) {
+    // The first e-mail, the first third number and the second nickname, which are others'.
+    device::card::SetImageRecord(image, {"7F10", "5F3A", "4F60"}, 17, "010102");
+  });
+  flow.Open();
+  const std::string email = flow.Record("4F50", 1);
+  const std::string number = flow.Record("4F48", 1);
+  const std::string nickname = flow.Record("4F58", 2);
+  flow.InNew([&](ui::Dialog& dialog) {
+    flow.Type(dialog, res::kNewName, u"Dora");
+    flow.Type(dialog, res::kNewNumber, u"+49444");
+    flow.Type(dialog, res::kNewNickname, u"Do");
+    flow.Done(dialog);
+    EXPECT_TRUE(dialog.Ended());
+  });
+  EXPECT_TRUE(flow.BoxTexts().empty());
+  // The nickname alone, in the first free record: 23.
+  EXPECT_EQ(flow.Record("4F60", 17), "FFFF17");
+  EXPECT_EQ(flow.Record("4F58", 23), EntryFlow::Padded("446F", 20));
+  flow.InEdit(17, [&](ui::Dialog& dialog) {
+    EXPECT_EQ(dialog.Text(res::kEditEmail), u"");
+    EXPECT_EQ(dialog.Text(res::kEditNumber3), u"");
+    EXPECT_EQ(dialog.Text(res::kEditNickname), u"Do");
+    flow.Done(dialog);
+  });
+  EXPECT_EQ(flow.Record("4F50", 1), email);
+  EXPECT_EQ(flow.Record("4F48", 1), number);
+  EXPECT_EQ(flow.Record("4F58", 2), nickname);
+}
+
 TEST(EntryEditorCards, AFullCardIsLeftAsItIs) {
   EntryFlow flow("usim-full");
   flow.Open();

@@ -235,19 +235,73 @@ class Walk:
                 raise Failed(f"row {row} reads {read}")
 
     def press_commands(self):
-        """Every item of the Menu key that is not greyed, once."""
-        enabled = sorted(name for name, node in self.main_items().items()
-                         if self.has(node, "ENABLED") and node.childCount == 0)
-        known = {"Delete": self.delete, "Select All": self.select_all, "Refresh": self.refresh}
-        print("enabled:", ", ".join(enabled))
-        strangers = [name for name in enabled if name not in known]
-        if strangers:
-            raise Failed(f"nobody knows how to check {strangers}: teach this walk")
-        if len(enabled) != len(known):
-            raise Failed(f"only {enabled} can be pressed")
-        for name in ("Select All", "Refresh", "Delete"):
+        """Every command that is not greyed, once: the left key and each item of the Menu key."""
+        enabled = {name for name, node in self.main_items().items()
+                   if self.has(node, "ENABLED") and node.childCount == 0}
+        known = {
+            "Edit...": lambda: self.in_dialog("Edit...", ("text", "Phone Number"), "Cancel"),
+            "Call...": lambda: self.in_dialog("Call...", ("table", "Call"), "Cancel"),
+            "Send...": lambda: self.in_dialog("Send...", ("table", "Send to"), "Cancel"),
+            "Delete Contacts...": lambda: self.in_dialog(
+                "Delete Contacts...", ("table", "Contacts to delete"), "Menu", "Cancel"),
+            "Contacts to SIM...": lambda: self.in_dialog(
+                "Contacts to SIM...", ("menu item", "Check All"), "Menu", "Cancel"),
+            "List of Own Numbers...": lambda: self.in_dialog(
+                "List of Own Numbers...", ("table", "Store your personal numbers."), None),
+            "SIM Information...": lambda: self.in_dialog(
+                "SIM Information...", ("table", "SIM Information"), "OK"),
+            "Options...": lambda: self.in_dialog(
+                "Options...", ("table", "Contacts to SIM"), "OK"),
+            "About...": lambda: self.in_dialog("About...", ("label", "Version 6.80"), "Done"),
+            "Save to Contacts": self.save_to_contacts,
+            "Select All": self.select_all,
+            "Refresh": self.refresh,
+            "Delete": self.delete,
+        }
+        print("enabled:", ", ".join(sorted(enabled)))
+        if enabled != set(known):
+            raise Failed(f"only one side knows {sorted(enabled ^ set(known))}: teach this walk")
+        print("pressing New")
+        self.in_dialog(None, ("text", "Phone Number"), "Cancel")
+        self.select_row(5)  # one with several numbers
+        for name, check in known.items():
             print("pressing", name)
-            known[name]()
+            check()
+
+    def in_dialog(self, command, mark, *closing):
+        """Presses the command (none: the left key) and closes its dialog, known by `mark`.
+
+        `closing` names a button, or a key of the bar and an item of its menu; none is Escape.
+        """
+        before = len(self.children(self.application))
+        rows = self.rows()
+        self.press(self.wait_for("push button", "New") if command is None else self.item(command))
+        self.until("one window more",
+                   lambda: len(self.children(self.application)) == before + 1)
+        dialog = self.children(self.application)[-1]
+        self.wait_for(*mark, below=dialog)
+        for node in self.all(dialog):
+            if node.getRoleName() in ("push button", "table", "text") and not node.name:
+                raise Failed(f"a {node.getRoleName()} without a name under {command}")
+        button = None if closing[0] is None else self.wait_for("push button", closing[0], dialog)
+        if button is None:
+            self.key(KEY_ESCAPE)
+        elif len(closing) == 1:
+            self.until("the button live", lambda: self.has(button, "ENABLED"))
+            self.press(button)
+        else:
+            item = self.wait_for("menu item", closing[1], button)
+            self.until("the item live", lambda: self.has(item, "ENABLED"))
+            self.press(item)
+        self.until(f"the dialog of {command} closed",
+                   lambda: len(self.children(self.application)) == before)
+        if self.rows() != rows:
+            raise Failed(f"{command} was left and changed the list")
+
+    def save_to_contacts(self):
+        self.press(self.item("Save to Contacts"))
+        self.answer("Info", "Contact(s) successfully added.\n\n - 1 new item(s).\n"
+                    " - 0 item(s) overwritten.\n - 0 item(s) already exists.", "OK")
 
     def select_all(self):
         self.press(self.item("Select All"))
@@ -279,7 +333,7 @@ class Walk:
         self.until("the menu closed", lambda: not self.has(menu, "SHOWING"))
 
     def press_popup(self):
-        """The list's pop-up: opened by the right button, its first live item chosen by key."""
+        """The list's pop-up: opened by the right button, its second item chosen by key."""
         before = self.rows()
         self.select_row(5)
         cell = self.table().queryTable().getAccessibleAt(5, 1)
@@ -287,6 +341,7 @@ class Walk:
         self.pyatspi.Registry.generateMouseEvent(
             place.x + place.width // 2, place.y + place.height // 2, "b3c")
         time.sleep(0.5)  # no reader is told where a pop-up stands; give it time to open
+        self.key(KEY_DOWN)
         self.key(KEY_DOWN)
         self.key(KEY_RETURN)
         self.answer("Warning", DELETE_QUESTION, "Yes")

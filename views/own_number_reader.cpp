@@ -68,9 +68,9 @@ void OwnNumberReader::Refresh() {
     return;
   }
   state_.ports.screen.SetWaitCursor(true);
-  ++turn_;  // a fill under way ends
   {
-    const MutexLock guard(filling_);
+    const MutexLock guard(rows_);
+    ++turn_;  // a fill under way ends, and adds no row any more
     list->DeleteAllItems();
   }
   EnableCommands(false);
@@ -109,7 +109,7 @@ void OwnNumberReader::Fill(ui::ListView& list, std::uint32_t turn) {
   } else {
     const std::uint32_t count = client_.RecordCount();
     for (std::uint32_t record = 1; record <= count && Wanted(turn); ++record) {
-      if (!ReadRecord(list, record)) {
+      if (!ReadRecord(list, record, turn)) {
         cardFailed = TellStatus();
         break;
       }
@@ -130,7 +130,7 @@ void OwnNumberReader::Fill(ui::ListView& list, std::uint32_t turn) {
   }
 }
 
-bool OwnNumberReader::ReadRecord(ui::ListView& list, std::uint32_t record) {
+bool OwnNumberReader::ReadRecord(ui::ListView& list, std::uint32_t record, std::uint32_t turn) {
   std::vector<std::uint8_t> response;
   if (!client_.ReadRecord(kOwnNumberFile, record, response)) {
     return false;
@@ -145,7 +145,10 @@ bool OwnNumberReader::ReadRecord(ui::ListView& list, std::uint32_t record) {
       nameFromSettings_[record - 1] = true;
     }
   }
-  list.InsertRow(list.ItemCount(), {res::Format(u"%d", {record}), name, number}, nullptr);
+  const MutexLock guard(rows_);
+  if (Wanted(turn)) {
+    list.InsertRow(list.ItemCount(), {res::Format(u"%d", {record}), name, number}, nullptr);
+  }
   return true;
 }
 

@@ -48,7 +48,7 @@ class OwnNumberReader : public std::enable_shared_from_this<OwnNumberReader> {
 
  private:
   void Fill(ui::ListView& list, std::uint32_t turn);
-  bool ReadRecord(ui::ListView& list, std::uint32_t record);
+  bool ReadRecord(ui::ListView& list, std::uint32_t record, std::uint32_t turn);
   // True when the card has failed.
   bool TellStatus();
   // Whether this fill is to go on: the list is there and none was started after it.
@@ -61,7 +61,8 @@ class OwnNumberReader : public std::enable_shared_from_this<OwnNumberReader> {
   std::atomic<bool> refreshing_ = false;
   std::atomic<std::uint32_t> turn_ = 0;  // the fill that was started last
   std::array<std::atomic<bool>, app::kOwnNumberRecordCount> nameFromSettings_ = {};
-  Mutex filling_;  // held by the fill that works on the rows
+  Mutex filling_;  // held by a fill from its start to its end; others wait for it, on their threads
+  Mutex rows_;     // held where a fill adds a row, and where the rows are taken away
 };
 
 // Waits for word that the own numbers were rewritten, and has the open list read them anew. One of

@@ -248,6 +248,30 @@ TEST_F(OwnNumbersTest, RefreshReadsTheCardAgain) {
   });
 }
 
+// The card answers the read of the second record neither to the first fill nor to the next.
+TEST_F(OwnNumbersTest, ARefreshAndAClosingDoNotWaitForAFillUnderWay) {
+  OpenMain();
+  device.radio.SetResponder([](const test::FakeRadio::Command& command) {
+    std::optional<test::FakeRadio::Answer> answer;
+    if (command.simCommand == platform::kRilSimReadRecord && command.parameters.fileId == kFile &&
+        command.parameters.parameter1 == 2) {
+      answer.emplace().answering = test::FakeRadio::Answering::kNever;
+    }
+    return answer;
+  });
+  Show(kCommand, kDialog, [&](ui::Dialog& dialog) {
+    device.radio.AwaitCommands(3);  // the file's measures, record 1, record 2
+    ui::ListView& list = *dialog.List(res::kOwnNumbersList);
+    SelectRow(list, 0);
+    device.screen.RunPending();
+    dialog.Command(335);
+    EXPECT_EQ(list.ItemCount(), 0);
+    dialog.Command(2);
+  });
+  EXPECT_TRUE(Await([&] { return !device.screen.WaitCursor(); }));
+  EXPECT_TRUE(Boxes().empty());
+}
+
 TEST_F(OwnNumbersTest, AfterARefreshThatMetAnErrorNoMoreIsMadeUntilTheListOpensAnew) {
   OpenMain();
   ShowList(3, [&](ui::Dialog& dialog, ui::ListView& list) {

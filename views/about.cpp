@@ -19,6 +19,13 @@ constexpr ui::MenuBarTemplate kEmptyBar = {};
 constexpr int kUpperLines[] = {res::kAboutTitle, res::kAboutPlatform, res::kAboutVersion};
 constexpr int kLowerLines[] = {res::kAboutPurpose, res::kAboutCopyright, res::kAboutLicense};
 
+// Room for a text that is broken where the line would be too wide: a letter takes two fifths of the
+// line's height, and a bold one is somewhat higher.
+int Height(const ui::Dialog& dialog, int control, int width, int line) {
+  const int needed = static_cast<int>(dialog.Text(control).size()) * line * 2 / 5;
+  return needed > width ? line * 5 / 2 : line;
+}
+
 }  // namespace
 
 void AboutDialog::OnInit(ui::Dialog& dialog) {
@@ -55,8 +62,9 @@ void AboutDialog::OnSize(ui::Dialog& dialog, ui::Size client) {
                                         kPictureSize.width, kPictureSize.height});
   y += kPictureSize.height;
   for (const int control : kLowerLines) {
-    dialog.SetBounds(control, {0, y, client.width, line});
-    y += line;
+    const int height = Height(dialog, control, client.width, line);
+    dialog.SetBounds(control, {0, y, client.width, height});
+    y += height;
   }
   size_ = client;
 }

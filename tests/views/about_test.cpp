@@ -84,6 +84,18 @@ TEST_F(AboutTest, TheLinesStandOneBelowTheOtherWithThePictureInTheirMiddle) {
   });
 }
 
+TEST_F(AboutTest, ALineThatIsTooWideHasRoomForTwo) {
+  OpenMain();
+  device.screen.SetClientSize({400, 600});
+  ShowAbout([&](ui::Dialog& dialog) {
+    const int line = dialog.Bounds(1014).height;
+    dialog.Resize({120, 601});
+    EXPECT_EQ(dialog.Bounds(1014).height, line * 5 / 2);
+    EXPECT_EQ(dialog.Bounds(1016).y, dialog.Bounds(1014).y + line * 5 / 2);
+    EXPECT_EQ(dialog.Bounds(1010).height, line);  // the name is short
+  });
+}
+
 TEST_F(AboutTest, ItIsLaidOutAgainOnlyWhenBothSidesChanged) {
   OpenMain();
   device.screen.SetClientSize({400, 600});

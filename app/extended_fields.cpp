@@ -32,6 +32,10 @@ void ClearText(AppState& state, std::uint32_t index, FieldSlot slot) {
 
 void LoadExtendedLayout(AppState& state) {
   const AppSettings& settings = state.settings;
+  // A load that failed has closed the session. The card of this one may be another.
+  if (!state.extPhonebook.IsOpen() && !state.closing) {
+    state.extPhonebook.Open(0);
+  }
   // Without a layout the fields are absent; the list is read all the same.
   state.extPhonebook.LoadLayout({settings.Disable_EMAIL != 0, settings.Disable_ANR != 0,
                                  settings.Disable_ANRA != 0, settings.Enable_SNE != 0});

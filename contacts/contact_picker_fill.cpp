@@ -120,6 +120,13 @@ bool ReadEmail(platform::IContact& contact, std::u16string& email) {
   return whole;
 }
 
+// Whether nothing of the text had to go.
+bool CutWhole(std::u16string& text, std::size_t units) {
+  const std::size_t before = text.size();
+  CutText(text, units);
+  return text.size() == before;
+}
+
 void AddContactRow(const PickRules& rules, ContactsConnection& connection, const ContactHead& head,
                    ui::ListView& list) {
   auto row = std::make_unique<ContactPickRow>();
@@ -128,13 +135,16 @@ void AddContactRow(const PickRules& rules, ContactsConnection& connection, const
   FirstNumbers numbers;
   const bool numbersRead = ReadNumbers(connection, head.oid, numbers);
   row->number = std::move(numbers.first);
-  CutText(row->number, rules.maxNumberLength);
+  const bool numberFits = CutWhole(row->number, rules.maxNumberLength);
   row->number2 = std::move(numbers.second);
-  CutText(row->number2, kNumber2Limit);
+  const bool number2Fits = CutWhole(row->number2, kNumber2Limit);
   const bool emailRead = ReadEmail(*connection.contact, row->email);
-  // A contact of which the row lacks something is never to be deleted for it.
-  row->oid = head.whole && numbersRead && emailRead ? head.oid : 0;
-  CutText(row->email, rules.maxEmailLength);
+  const bool emailFits = CutWhole(row->email, rules.maxEmailLength);
+  // A contact of which the row lacks something is never to be deleted for it: half a number or an
+  // e-mail address without its end reaches nobody.
+  const bool whole =
+      head.whole && numbersRead && emailRead && numberFits && number2Fits && emailFits;
+  row->oid = whole ? head.oid : 0;
   std::vector<std::u16string> texts = {row->name, row->number};
   list.InsertRow(list.ItemCount(), std::move(texts), std::move(row));
 }

@@ -121,6 +121,10 @@ ContactsToSimRun::Next ContactsToSimRun::CopyRow(ui::Dialog& picker, const Entry
   if (row < 0) {
     next = WriteNew(entry, index);
   } else {
+    if (onlyCopies_.contains(index)) {
+      ++counters_.existing;
+      return Next::kGoOn;
+    }
     if (overwrite_.applyToAll == 0) {
       overwrite_.name.clear();
       static_cast<void>(AskOverwrite(state_, picker.Handle(), entry.name, overwrite_));
@@ -223,7 +227,9 @@ void ContactsToSimRun::TakeFromContacts(const Entry& entry, std::uint32_t index)
       (state_.settings.Disable_EMAIL != 0 || CardHasEmail(state_, index, entry.more->email));
   if (!onTheCard || entry.more->oid == 0 || connection_.DeleteContactByOid(entry.more->oid) == 0) {
     ++kept_;
+    return;
   }
+  onlyCopies_.insert(index);
 }
 
 ContactsToSimRun::Next ContactsToSimRun::Fail(SimResult result) {

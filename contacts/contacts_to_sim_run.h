@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 #include <string>
+#include <unordered_set>
 
 #include "contacts/contact_picker_fill.h"
 #include "contacts/contacts_connection.h"
@@ -75,6 +76,9 @@ class ContactsToSimRun {
   OverwritePrompt overwrite_;
   NotAllAnswers notAll_;
   RunCounters counters_;
+  // Locations of entries whose contacts are deleted: no contact of the same name overwrites one in
+  // this run, it counts as existing without a question.
+  std::unordered_set<std::uint32_t> onlyCopies_;
   platform::SimResult error_ = platform::SimResult::kOk;
   std::uint32_t fieldError_ = 0;  // the first one
   int chosen_ = 0;                // rows checked

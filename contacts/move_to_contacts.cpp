@@ -135,6 +135,7 @@ MoveToContacts::Removal MoveToContacts::Remove(const EntryCopy& entry) {
     app::ShowSimError(state_.ports.screen, state_.mainDialog, result);
     return Removal::kStopped;
   }
+  run_->NoteMoved(entry);
   List(state_).DeleteItem(entry.row);
   chosen_->Deleted();
   return Removal::kGone;

@@ -39,6 +39,7 @@ SimToContacts::SimToContacts(app::AppState& state, ChosenRows& rows, OverwritePr
 int SimToContacts::Open() {
   prompt_.Reset(PromptDirection::kIntoContacts);
   counters_ = {};
+  onlyCopies_.clear();
   return connection_.Open();
 }
 
@@ -67,6 +68,10 @@ SimToContacts::Step SimToContacts::CopyNext(ui::WindowHandle owner, EntryCopy& e
 
 void SimToContacts::ReadFields(EntryCopy& entry) {
   const app::AppSettings& settings = state_.settings;
+  const bool wanted =
+      settings.Disable_ANR == 0 || settings.Disable_ANRA == 0 || settings.Disable_EMAIL == 0;
+  // Fields of a card that did not tell of all it has look like none.
+  entry.wholeRead = !wanted || state_.extPhonebook.SeesFieldsOf(entry.index);
   if (settings.Disable_ANR == 0) {
     ReadNumber(FieldSlot::kSecondNumber, entry, entry.number2);
   }
@@ -117,7 +122,9 @@ void SimToContacts::SaveOrAsk(ui::WindowHandle owner, const ContactTexts& texts,
   if (prompt_.applyToAll == 0) {
     prompt_.applyAnswer = 0;
   }
-  switch (connection_.AddOrOverwriteContact(prompt_.applyAnswer, texts)) {
+  // The only place that an entry of the same name has left: nobody's Yes is about that one.
+  const bool onlyCopy = onlyCopies_.contains(entry.name);
+  switch (connection_.AddOrOverwriteContact(onlyCopy ? 0 : prompt_.applyAnswer, texts)) {
     case AddOrOverwriteResult::kCreated:
       ++counters_.created;
       entry.saved = true;
@@ -131,7 +138,7 @@ void SimToContacts::SaveOrAsk(ui::WindowHandle owner, const ContactTexts& texts,
     case AddOrOverwriteResult::kExists:
       break;
   }
-  if (prompt_.applyToAll != 0) {
+  if (onlyCopy || prompt_.applyToAll != 0) {
     ++counters_.existing;
     return;
   }

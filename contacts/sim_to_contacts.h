@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <unordered_set>
 
 #include "contacts/chosen_rows.h"
 #include "contacts/contacts_connection.h"
@@ -26,7 +27,7 @@ struct EntryCopy {
   std::u16string number2;
   std::u16string number3;
   std::u16string email;
-  bool wholeRead = true;  // no field failed to be read
+  bool wholeRead = true;  // no field failed to be read, or could not be seen
   bool saved = false;     // a contact was created or overwritten with it
 };
 
@@ -51,6 +52,9 @@ class SimToContacts {
   [[nodiscard]] Step CopyNext(ui::WindowHandle owner, EntryCopy& entry);
   // Whether Contacts, asked anew, has the entry that CopyNext saved last, with all it holds.
   bool IsInContacts(const EntryCopy& entry);
+  // The entry is on the card no more. In this run no other entry overwrites its contact: one of the
+  // same name counts as existing, without a question.
+  void NoteMoved(const EntryCopy& entry) { onlyCopies_.insert(entry.name); }
 
   const RunCounters& Counters() const { return counters_; }
   std::u16string Summary() const;
@@ -67,6 +71,7 @@ class SimToContacts {
   OverwritePrompt& prompt_;
   ContactsConnection connection_;
   RunCounters counters_;
+  std::unordered_set<std::u16string> onlyCopies_;  // names
 };
 
 }  // namespace kelpin::contacts

@@ -84,6 +84,22 @@ TEST_F(ContactPickerTest, ItOpensWithNothingCountedAndItsKeysOffUntilItIsFilled)
   Dialog().Command(kCopy);
 }
 
+TEST_F(ContactPickerTest, TenThousandContactsAreEachFetchedOnceAndCheckedWithOneCount) {
+  constexpr int kMany = 10000;
+  for (int number = 4; number < kMany; ++number) Add(u"Z", u"1");
+  device.journal.Clear();
+  Pick(kCopy, [&](ui::Dialog& picker) {
+    EXPECT_EQ(PickerList(picker).ItemCount(), kMany);
+    EXPECT_EQ(device.journal.Entries("Item(").size(), 10000u);
+    EXPECT_EQ(picker.Text(kCounter), u"(10000 / 3)");
+    picker.Command(1050);
+    EXPECT_EQ(picker.Text(kCounter), u"(0 / 3)");
+    picker.Command(1049);
+    EXPECT_EQ(picker.Text(kCounter), u"(10000 / 3)");
+    EXPECT_EQ(device.journal.Entries("Item(").size(), 10000u);  // the store is not asked again
+  });
+}
+
 TEST_F(ContactPickerTest, MoreThanFitAreCountedInBoldRed) {
   Pick(kCopy, [](ui::Dialog& picker) {
     EXPECT_EQ(picker.Text(kCounter), u"(4 / 3)");

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/extended_fields.h"
 #include "contacts/contacts_commands.h"
 #include "tests/app/app_fixture.h"
 
@@ -32,6 +33,7 @@ class CopyOutTest : public app::AppTest {
       fill(app, commands, loader);
       RegisterContactsCommands(app, commands, loader);
     };
+    wiring.loadLayout = app::LoadExtendedLayout;
     SetSwitch(u"Enable_Move_Func", 1);
   }
 

@@ -96,6 +96,20 @@ TEST_F(MoveContactsTest, AContactThatCouldNotBeReadWholeStays) {
   EXPECT_TRUE(Boxes()[0].text.starts_with(u"Of the contacts that were moved, 1 are still"));
 }
 
+TEST_F(MoveContactsTest, AContactWhoseNumberHadToBeCutStays) {
+  const std::u16string most(state->simPhonebook.MaxNumberLength(), u'1');
+  Add(u"Cut", most + u"2");
+  Add(u"Fits", most);
+  Add(u"Second", u"1", {{ContactProperty::kHomeTelephoneNumber, std::u16string(41, u'3')}});
+  state->settings.Disable_ANR = 1;  // the card of this test has no place for it
+  Copy(kMove);
+  EXPECT_THAT(CardEntries(),
+              ElementsAre(u"1 Anna 111", u"2 Cut " + most, u"3 Fits " + most, u"4 Second 1"));
+  EXPECT_THAT(InContacts(), ElementsAre(u"Cut", u"Second"));
+  ASSERT_THAT(Boxes(), SizeIs(2));
+  EXPECT_TRUE(Boxes()[0].text.starts_with(u"Of the contacts that were moved, 2 are still"));
+}
+
 TEST_F(MoveContactsTest, AContactThatCannotBeDeletedIsToldOf) {
   Add(u"Zoe", u"1");
   device.failures.FailCallOf("Delete", 1);
@@ -111,6 +125,32 @@ TEST_F(MoveContactsTest, ADuplicateThatIsLeftAloneStaysInContacts) {
   Copy(kMove);
   EXPECT_THAT(InContacts(), ElementsAre(u"Anna"));
   EXPECT_EQ(Boxes().back().text, Summary(0, 0, 1));
+}
+
+// Of two contacts of one name the first is on the card alone by the time the second comes.
+TEST_F(MoveContactsTest, TheEntryOfAMovedContactIsNotOverwrittenByAnotherOfItsName) {
+  Add(u"Zoe", u"1");
+  Add(u"Zoe", u"2");
+  Add(u"Yan", u"3");
+  AnswerEvery(kOverwrite, 360, true);
+  Copy(kMove);
+  EXPECT_THAT(CardEntries(), ElementsAre(u"1 Anna 111", u"2 Zoe 1", u"3 Yan 3"));
+  EXPECT_THAT(InContacts(), ElementsAre(u"Zoe"));
+  EXPECT_EQ(device.contacts.Contacts().begin()->second[ContactProperty::kMobileTelephoneNumber],
+            u"2");
+  EXPECT_EQ(prompts[kOverwrite], 0);
+  EXPECT_EQ(Boxes().back().text, Summary(2, 0, 1));
+}
+
+TEST_F(MoveContactsTest, NorIsAnEntryThatAMovedContactTookOver) {
+  Add(u"Anna", u"1");
+  Add(u"Anna", u"2");
+  AnswerEvery(kOverwrite, 360, true);
+  Copy(kMove);
+  EXPECT_THAT(CardEntries(), ElementsAre(u"1 Anna 1"));
+  EXPECT_THAT(InContacts(), ElementsAre(u"Anna"));
+  EXPECT_EQ(prompts[kOverwrite], 1);
+  EXPECT_EQ(Boxes().back().text, Summary(0, 1, 1));
 }
 
 TEST_F(MoveContactsTest, WhatTheCardRefusedStaysInContacts) {

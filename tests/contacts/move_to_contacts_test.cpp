@@ -1,3 +1,5 @@
+#include <optional>
+
 #include "tests/contacts/copy_out_fixture.h"
 
 namespace kelpin::contacts {
@@ -19,6 +21,15 @@ class MoveToContactsTest : public CopyOutTest {
     device.sim.onDelete = [location, action = std::move(action)](std::uint32_t index) {
       if (index == location) action();
     };
+  }
+  // The card leaves every question about its fields unanswered.
+  void TellNothingOfTheFields() {
+    constexpr std::uint8_t kFileCommand = 128;
+    using Answer = test::FakeRadio::Answer;
+    device.radio.SetResponder([](const test::FakeRadio::Command& command) {
+      const bool onFile = !command.block.empty() && command.block[0] == kFileCommand;
+      return onFile ? std::optional<Answer>(Answer{platform::kRilResultError, {}}) : std::nullopt;
+    });
   }
   static constexpr std::u16string_view kStillThere =
       u"\n\n1 of them are still on the SIM card as well, because not all they hold could be read "
@@ -168,6 +179,92 @@ TEST_F(MoveToContactsTest, WhereNothingIsAskedDuplicatesStay) {
   EXPECT_THAT(Contacts(), ElementsAre(u"Bert:old", u"Anna:111", u"Cem:333"));
   EXPECT_THAT(OnTheCard(), ElementsAre(2u));
   EXPECT_THAT(BoxTexts(), ElementsAre(AddedSummary(2, 1)));
+}
+
+// Of two entries of one name the first is in Contacts alone by the time the second comes. Rows of
+// equal names stand with the last location on top.
+TEST_F(MoveToContactsTest, TheContactOfAMovedEntryIsNotOverwrittenByAnotherOfItsName) {
+  PutThree();
+  device.sim.SetEntry(4, u"Anna", u"444");
+  Open();
+  SelectAll();
+  device.screen.ScriptEveryDialog(res::kDialogOverwritePrompt, [this](ui::Dialog& dialog) {
+    prompts.push_back(dialog.Text(res::kOverwriteText));
+    dialog.Command(res::kOverwriteYes);
+  });
+  Move();
+  EXPECT_THAT(Contacts(), ElementsAre(u"Anna:444", u"Bert:222", u"Cem:333"));
+  EXPECT_THAT(OnTheCard(), ElementsAre(1u));
+  EXPECT_THAT(Rows(), ElementsAre(u"1|Anna|111"));
+  EXPECT_THAT(prompts, IsEmpty());
+  EXPECT_THAT(BoxTexts(), ElementsAre(Summary(3, 0, 1)));
+  ExpectAtRest();
+}
+
+TEST_F(MoveToContactsTest, YesToAllOverwritesNoContactOfAMovedEntryEither) {
+  PutThree();
+  device.sim.SetEntry(4, u"Anna", u"444");
+  PutContact(u"Anna");
+  PutContact(u"Bert");
+  Open();
+  SelectAll();
+  AnswerPrompt(res::kOverwriteYes, true);
+  Move();
+  // The first Anna took the old contact's place with the user's Yes, the second takes nobody's.
+  EXPECT_THAT(Contacts(), ElementsAre(u"Anna:444", u"Bert:222", u"Cem:333"));
+  EXPECT_THAT(OnTheCard(), ElementsAre(1u));
+  EXPECT_THAT(BoxTexts(), ElementsAre(Summary(1, 2, 1)));
+}
+
+TEST_F(MoveToContactsTest, TheSecondOfANameCanBeMovedOverTheFirstInARunOfItsOwn) {
+  PutThree();
+  device.sim.SetEntry(4, u"Anna", u"444");
+  Open();
+  SelectAll();
+  Move();
+  AnswerPrompt(res::kOverwriteYes);
+  SelectAll();
+  Move();
+  EXPECT_THAT(Contacts(), ElementsAre(u"Anna:111", u"Bert:222", u"Cem:333"));
+  EXPECT_THAT(OnTheCard(), IsEmpty());
+}
+
+// Fields that nobody sees.
+
+TEST_F(MoveToContactsTest, EntriesStayOfACardThatDidNotTellWhatFieldsItHas) {
+  PutThree();
+  TellNothingOfTheFields();
+  Open();
+  SelectRows({0});
+  Move();
+  EXPECT_THAT(Contacts(), ElementsAre(u"Anna:111"));
+  EXPECT_EQ(OnTheCard().size(), 3u);
+  EXPECT_THAT(BoxTexts(), ElementsAre(Summary(1, 0, 0) + std::u16string(kStillThere)));
+  ExpectAtRest();
+}
+
+TEST_F(MoveToContactsTest, ACardWithoutExtendedFieldsIsMovedFromAfterEveryLoad) {
+  PutThree();
+  Open();
+  Refresh();
+  EXPECT_TRUE(state->extPhonebook.SeesFieldsOf(1));
+  Refresh();
+  EXPECT_TRUE(state->extPhonebook.SeesFieldsOf(1));
+  SelectAll();
+  Move();
+  EXPECT_THAT(OnTheCard(), IsEmpty());
+}
+
+TEST_F(MoveToContactsTest, WithEveryFieldSwitchedOffNoneIsMissed) {
+  SetSwitch(u"Disable_ANR", 1);
+  SetSwitch(u"Disable_ANRA", 1);
+  SetSwitch(u"Disable_EMAIL", 1);
+  PutThree();
+  TellNothingOfTheFields();
+  Open();
+  SelectAll();
+  Move();
+  EXPECT_THAT(OnTheCard(), IsEmpty());
 }
 
 TEST_F(MoveToContactsTest, AnEntryThatCouldNotBeSavedStays) {

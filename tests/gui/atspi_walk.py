@@ -23,6 +23,14 @@ ENTRIES = 180  # of the sample card
 KEY_ESCAPE = 0xFF1B
 KEY_DOWN = 0xFF54
 KEY_RETURN = 0xFF0D
+SETTINGS = """KELPIN REGISTRY 1
+[HKEY_LOCAL_MACHINE\\Software\\OEM\\KELPIN]
+"Enable_SDN"=dword:00000001
+"Enable_AAS"=dword:00000001
+"Enable_GAS"=dword:00000001
+"Enable_Move_Func"=dword:00000001
+"Mobile_Tel_Flag"=dword:00000001
+"""
 DELETE_QUESTION = ("The selected items will be permanently deleted from the SIM card.\n"
                    "Continue?")
 
@@ -246,6 +254,13 @@ class Walk:
                 "Delete Contacts...", ("table", "Contacts to delete"), "Menu", "Cancel"),
             "Contacts to SIM...": lambda: self.in_dialog(
                 "Contacts to SIM...", ("menu item", "Check All"), "Menu", "Cancel"),
+            "Move Contacts to SIM...": lambda: self.in_dialog(
+                "Move Contacts to SIM...", ("menu item", "Check All"), "Menu", "Cancel"),
+            "Phone No. Name...": lambda: self.in_dialog(
+                "Phone No. Name...", ("table", None), None),
+            "Group Name...": lambda: self.in_dialog("Group Name...", ("table", None), None),
+            "Service Dialing Numbers...": lambda: self.in_dialog(
+                "Service Dialing Numbers...", ("table", None), None),
             "List of Own Numbers...": lambda: self.in_dialog(
                 "List of Own Numbers...", ("table", "Store your personal numbers."), None),
             "SIM Information...": lambda: self.in_dialog(
@@ -257,6 +272,7 @@ class Walk:
             "Select All": self.select_all,
             "Refresh": self.refresh,
             "Delete": self.delete,
+            "Move to Contacts": self.move_to_contacts,
         }
         print("enabled:", ", ".join(sorted(enabled)))
         if enabled != set(known):
@@ -280,9 +296,9 @@ class Walk:
                    lambda: len(self.children(self.application)) == before + 1)
         dialog = self.children(self.application)[-1]
         self.wait_for(*mark, below=dialog)
-        for node in self.all(dialog):
-            if node.getRoleName() in ("push button", "table", "text") and not node.name:
-                raise Failed(f"a {node.getRoleName()} without a name under {command}")
+        self.until(f"name for all under {command}", lambda: all(
+            node.name for node in self.all(dialog)
+            if node.getRoleName() in ("push button", "table", "text")))
         button = None if closing[0] is None else self.wait_for("push button", closing[0], dialog)
         if button is None:
             self.key(KEY_ESCAPE)
@@ -297,6 +313,14 @@ class Walk:
                    lambda: len(self.children(self.application)) == before)
         if self.rows() != rows:
             raise Failed(f"{command} was left and changed the list")
+
+    def move_to_contacts(self):
+        before = self.rows()
+        self.select_row(8)
+        self.press(self.item("Move to Contacts"))
+        self.answer("Info", "Contact(s) successfully added.\n\n - 1 new item(s).\n"
+                    " - 0 item(s) overwritten.\n - 0 item(s) already exists.", "OK")
+        self.until("one entry less", lambda: self.rows() == before - 1)
 
     def save_to_contacts(self):
         self.press(self.item("Save to Contacts"))
@@ -355,7 +379,11 @@ class Walk:
 
 def inside(program):
     import pyatspi  # pylint: disable=import-outside-toplevel,import-error
-    process = subprocess.Popen([program, "--demo"], stdin=subprocess.DEVNULL)
+    settings = os.path.join(os.environ["HOME"], "settings.reg")
+    with open(settings, "w", encoding="utf-8") as file:
+        file.write(SETTINGS)
+    process = subprocess.Popen([program, "--demo", "--registry", settings],
+                               stdin=subprocess.DEVNULL)
     try:
         walk = Walk(pyatspi, process)
         for step in (walk.start, walk.check_names, walk.open_menu, walk.press_commands,

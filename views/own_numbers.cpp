@@ -187,7 +187,10 @@ void OwnNumbersDialog::Erase(ui::Dialog& dialog) {
   const std::vector<std::uint8_t> record(reader_->Client().RecordLength(), kErased);
   if (!reader_->Client().UpdateRecord(kOwnNumberFile, static_cast<std::uint32_t>(row) + 1,
                                       record)) {
-    const platform::SimResult result = state_.simPhonebook.ReadStatus();
+    platform::SimResult result = state_.simPhonebook.ReadStatus();
+    if (Succeeded(result) && app::CardIsExchanged(state_)) {
+      result = platform::SimResult::kWrongSim;
+    }
     if (!Succeeded(result)) {
       state_.ports.screen.SetWaitCursor(false);
       app::ShowSimError(state_.ports.screen, dialog.Handle(), result);

@@ -131,5 +131,22 @@ TEST_F(CardExchange, AnOwnNumberOfTheOldCardIsNotWrittenToTheOther) {
   ExpectUntouchedAndUsable();
 }
 
+TEST_F(CardExchange, AnOwnNumberThatWasNotErasedIsNotShownAsErased) {
+  flow.Open();
+  flow.In(208, res::kCommandOwnNumbers, [&](ui::Dialog& dialog) {
+    ui::ListView& numbers = *dialog.List(res::kOwnNumbersList);
+    ASSERT_TRUE(flow.screen.RunUntil([&] { return numbers.ItemCount() == 4; }));
+    Exchange();
+    numbers.SetItemState(0, ui::kItemSelected, ui::kItemSelected);
+    flow.screen.RunPending();
+    flow.screen.ScriptBox(ui::BoxAnswer::kYes);
+    dialog.Command(334);
+    ASSERT_EQ(flow.BoxTexts().size(), 2u);
+    EXPECT_EQ(flow.BoxTexts()[1], kWrong);
+    EXPECT_NE(numbers.ItemText(0, 2), u"");
+  });
+  ExpectUntouchedAndUsable();
+}
+
 }  // namespace
 }  // namespace kelpin::editor

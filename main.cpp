@@ -679,7 +679,7 @@ int main(int argc, char** argv) {
   cli.add_option("--platform", options.platform, "pocketpc (default) or smartphone")
       ->check(CLI::IsMember({"pocketpc", "smartphone"}, CLI::ignore_case))
       ->transform(CLI::Transformer({{"Smartphone", "smartphone"}}, CLI::ignore_case))
-      ->type_name("NAME");
+      ->option_text("NAME");
   cli.add_flag("--demo", options.demo,
                "A sample card, contacts and settings, thrown away at the end");
   cli.add_option("--screenshot", options.screenshot,

@@ -15,6 +15,7 @@
 #include "contacts/contacts_connection.h"
 #include "device/contacts/sqlite/sqlite_store.h"
 #include "tests/device/scratch_folder.h"
+#include "ui/list_view.h"
 
 namespace kelpin::bench {
 namespace {
@@ -119,10 +120,59 @@ bool Copy(SqliteStore& store, bool overwrite) {
   return true;
 }
 
+// The same 250 without any of our own code: looked up by name, then inserted, each in a transaction
+// of its own that waits for the disk.
+bool BareCopy(const std::string& path) {
+  sqlite3* database = nullptr;
+  sqlite3_stmt* find = nullptr;
+  sqlite3_stmt* insert = nullptr;
+  bool good =
+      sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK &&
+      sqlite3_exec(database, "PRAGMA synchronous=FULL", nullptr, nullptr, nullptr) == SQLITE_OK &&
+      sqlite3_prepare_v2(database, "SELECT oid FROM contact WHERE file_as = ?1 AND file_as <> ''",
+                         -1, &find, nullptr) == SQLITE_OK &&
+      sqlite3_prepare_v2(database,
+                         "INSERT INTO contact (last_name, file_as, mobile_phone) "
+                         "VALUES (?1, ?1, '+4917139200')",
+                         -1, &insert, nullptr) == SQLITE_OK;
+  for (int i = 0; i < kCopied && good; ++i) {
+    const std::string name = "Bare " + std::to_string(i);
+    const int length = static_cast<int>(name.size());
+    good = sqlite3_bind_text(find, 1, name.c_str(), length, SQLITE_TRANSIENT) == SQLITE_OK &&
+           sqlite3_step(find) == SQLITE_DONE && sqlite3_reset(find) == SQLITE_OK &&
+           sqlite3_bind_text(insert, 1, name.c_str(), length, SQLITE_TRANSIENT) == SQLITE_OK &&
+           sqlite3_step(insert) == SQLITE_DONE && sqlite3_reset(insert) == SQLITE_OK;
+  }
+  sqlite3_finalize(find);
+  sqlite3_finalize(insert);
+  sqlite3_close(database);
+  return good;
+}
+
+// Checks every row of a picker's list and counts them from the notices, as its counter does.
+bool CheckAll(ui::ListView& list) {
+  int checked = 0;
+  list.SetSink({[&checked](const ui::Notification& notice) {
+                  const std::uint32_t changed = notice.newState ^ notice.oldState;
+                  checked += (changed & ui::kItemStateImageMask) != 0 ? 1 : 0;
+                },
+                [] {}});
+  list.SetCheck(-1, true);
+  list.SetSink({});
+  return checked == list.ItemCount();
+}
+
+double MillisecondsToCheckAll(int rows) {
+  ui::ListView list;
+  list.SetExtendedStyle(ui::kListCheckBoxes);
+  for (int row = 0; row < rows; ++row) list.InsertRow(row, {u"Last, First", u"+49171"}, nullptr);
+  return Milliseconds([&] { return CheckAll(list); });
+}
+
 bool Run() {
   std::printf("Contacts in a file, in ms\n\n");
-  std::printf("%8s %10s %8s %12s %9s %9s %9s %10s\n", "contacts", "bare loop", "fill",
-              "with company", "open", "250 new", "again", "file");
+  std::printf("%8s %10s %8s %12s %9s %9s %9s %9s %9s %10s\n", "contacts", "bare loop", "fill",
+              "with company", "check all", "open", "250 bare", "250 new", "again", "file");
   for (const int contacts : {1000, 10000, 100000}) {
     const test::ScratchFolder folder;
     const std::string path = folder / "contacts.db";
@@ -143,16 +193,21 @@ bool Run() {
     const double bare = Milliseconds([&] { return BareLoop(path, characters); });
     const double fill = Milliseconds([&] { return Fill(*store, false, characters); });
     const double company = Milliseconds([&] { return Fill(*store, true, characters); });
+    const double checkAll = MillisecondsToCheckAll(contacts);
+    const double bareCopy = Milliseconds([&] { return BareCopy(path); });
     const double made = Milliseconds([&] { return Copy(*store, false); });
     const double again = Milliseconds([&] { return Copy(*store, true); });
-    std::printf("%8d %10.1f %8.1f %12.1f %9.1f %9.1f %9.1f %7ju kB\n", contacts, bare, fill,
-                company, open, made, again,
+    std::printf("%8d %10.1f %8.1f %12.1f %9.1f %9.1f %9.1f %9.1f %9.1f %7ju kB\n", contacts, bare,
+                fill, company, checkAll, open, bareCopy, made, again,
                 static_cast<std::uintmax_t>(std::filesystem::file_size(path)) / 1024);
   }
   std::printf(
       "\nfill: what a picker reads of each contact, through the connection; with company: and the\n"
-      "company's number of each. open: until the store is ready. 250 new, again: so many entries\n"
-      "copied to contacts, then over them; each save waits for the disk.\n\n");
+      "company's number of each. check all: of a picker with as many rows. open: until the store "
+      "is\n"
+      "ready. 250 bare: so many contacts inserted without our code; 250 new, again: entries "
+      "copied\n"
+      "to contacts, then over them. Each save waits for the disk.\n\n");
   return true;
 }
 

@@ -47,6 +47,11 @@ function(kelpin_test name label)
   target_compile_definitions(${name} PRIVATE KELPIN_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
   # Test cases run once; what they test is optimised as the build says.
   target_compile_options(${name} PRIVATE -O0 -g1)
+  # The test library's headers are half of what each file would read. GCC gains nothing from this.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    target_precompile_headers(${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h> <functional> <map>
+                              <memory> <string> <vector>)
+  endif()
   target_link_libraries(${name} PRIVATE ${ARGN} GTest::gmock GTest::gtest_main)
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES LABELS ${label} TIMEOUT 600)

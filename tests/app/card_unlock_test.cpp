@@ -195,7 +195,7 @@ TEST_F(CardUnlockTest, ACardWithoutTriesOfThePukIsNotAskedFor) {
 
 TEST_F(CardUnlockTest, OnlyDigitsOfTheRightNumberLeaveTheDialog) {
   PutIn(WithTries(3));
-  device.screen.ScriptDialog(res::kDialogCardPin, [this](ui::Dialog& dialog) {
+  device.screen.ScriptDialog(res::kDialogCardPin, [](ui::Dialog& dialog) {
     EXPECT_EQ(dialog.Focus(), res::kCardPin);
     EXPECT_EQ(dialog.Control(res::kCardPin)->style, ui::kStyleSecret);
     EXPECT_EQ(dialog.Control(res::kCardPin)->inputMode, ui::InputMode::kNumbers);
@@ -218,7 +218,7 @@ TEST_F(CardUnlockTest, OnlyDigitsOfTheRightNumberLeaveTheDialog) {
 
 TEST_F(CardUnlockTest, ANewPinIsTypedTwice) {
   PutIn(WithTries(0));
-  device.screen.ScriptDialog(res::kDialogCardPuk, [this](ui::Dialog& dialog) {
+  device.screen.ScriptDialog(res::kDialogCardPuk, [](ui::Dialog& dialog) {
     const auto type = [&](std::u16string_view puk, std::u16string_view pin,
                           std::u16string_view again) {
       dialog.EditByUser(res::kCardPuk, puk, 0);

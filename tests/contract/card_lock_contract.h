@@ -158,8 +158,8 @@ TYPED_TEST_P(CardLockContract, ACardThatIsPoweredAnewWantsItsPinAgainAndSaysSo) 
   this->bench_->Reset();
   const platform::CardLockState state = this->State();
   EXPECT_TRUE(state.wanted);
+  // At the latest when the word of the reset has come, which may be after it was noticed.
   EXPECT_NE(state.powerUp, before);
-  EXPECT_EQ(this->State().powerUp, state.powerUp);
 }
 
 REGISTER_TYPED_TEST_SUITE_P(

@@ -292,6 +292,22 @@ struct Device {
   std::unique_ptr<platform::ContactsStore> contacts;
 };
 
+// The settings that count where the user's say nothing: the system's, else those that come with the
+// program.
+fs::path FindSystemSettings() {
+  fs::path file = desktop::FindSystemConfig("registry.reg");
+  if (!file.empty()) {
+    return file;
+  }
+  for (const fs::path& folder : desktop::DataFolders(desktop::ProgramFolder())) {
+    std::error_code ignored;
+    if (file = folder / "registry-default.reg"; fs::exists(file, ignored)) {
+      return file;
+    }
+  }
+  return {};
+}
+
 bool OpenRegistry(const Options& options, const desktop::Folders& folders, Device& device,
                   std::string& why) {
   fs::path file = options.registry;
@@ -303,8 +319,7 @@ bool OpenRegistry(const Options& options, const desktop::Folders& folders, Devic
     }
     file = folders.config / "registry.reg";
   }
-  device.registry =
-      registry::TextRegistry::Open(file, desktop::FindSystemConfig("registry.reg"), why);
+  device.registry = registry::TextRegistry::Open(file, FindSystemSettings(), why);
   return device.registry != nullptr;
 }
 

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/utf8.h"
+
 namespace kelpin::device::contacts {
 namespace {
 
@@ -70,24 +72,9 @@ std::string ToUtf8(std::u16string_view text) {
   text = text.substr(0, text.find(u'\0'));
   std::string bytes;
   bytes.reserve(text.size());
-  const auto put = [&bytes](char32_t value) { bytes.push_back(static_cast<char>(value)); };
   while (!text.empty()) {
     const char32_t character = TakeCharacter(text);
-    if (character < 0x80) {
-      put(character);
-    } else if (character < 0x800) {
-      put(0xC0 | (character >> 6));
-      put(0x80 | (character & 0x3F));
-    } else if (character < 0x10000) {
-      put(0xE0 | (character >> 12));
-      put(0x80 | ((character >> 6) & 0x3F));
-      put(0x80 | (character & 0x3F));
-    } else {
-      put(0xF0 | (character >> 18));
-      put(0x80 | ((character >> 12) & 0x3F));
-      put(0x80 | ((character >> 6) & 0x3F));
-      put(0x80 | (character & 0x3F));
-    }
+    AppendUtf8(character, bytes);
   }
   return bytes;
 }

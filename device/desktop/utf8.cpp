@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "platform/utf8.h"
+
 namespace kelpin::device::desktop {
 namespace {
 
@@ -25,7 +27,6 @@ bool SteersTerminal(char16_t unit) {
 std::string Utf8(std::u16string_view text) {
   std::string bytes;
   bytes.reserve(text.size());
-  const auto put = [&bytes](char32_t value) { bytes.push_back(static_cast<char>(value)); };
   for (std::size_t i = 0; i < text.size(); ++i) {
     char32_t character = text[i];
     if (IsSurrogate(text[i], 0xD800) && i + 1 < text.size() && IsSurrogate(text[i + 1], 0xDC00)) {
@@ -34,21 +35,7 @@ std::string Utf8(std::u16string_view text) {
     } else if (character >= 0xD800 && character <= 0xDFFF) {
       character = kReplacement;
     }
-    if (character < 0x80) {
-      put(character);
-    } else if (character < 0x800) {
-      put(0xC0 | (character >> 6));
-      put(0x80 | (character & 0x3F));
-    } else if (character < 0x10000) {
-      put(0xE0 | (character >> 12));
-      put(0x80 | ((character >> 6) & 0x3F));
-      put(0x80 | (character & 0x3F));
-    } else {
-      put(0xF0 | (character >> 18));
-      put(0x80 | ((character >> 12) & 0x3F));
-      put(0x80 | ((character >> 6) & 0x3F));
-      put(0x80 | (character & 0x3F));
-    }
+    AppendUtf8(character, bytes);
   }
   return bytes;
 }

@@ -1,5 +1,7 @@
 #include "device/registry/reg_text.h"
 
+#include "platform/utf8.h"
+
 namespace kelpin::device::registry {
 namespace {
 
@@ -25,25 +27,6 @@ Utf8Form FormOf(std::uint8_t lead) {
   if (lead >= 0xE0 && lead <= 0xEF) return {3, 0x800, lead & 0x0Fu};
   if (lead >= 0xF0 && lead <= 0xF4) return {4, 0x10000, lead & 0x07u};
   return {0, 0, 0};
-}
-
-void AppendUtf8(char32_t character, std::string& bytes) {
-  const auto put = [&bytes](char32_t value) { bytes.push_back(static_cast<char>(value)); };
-  if (character < 0x80) {
-    put(character);
-  } else if (character < 0x800) {
-    put(0xC0 | (character >> 6));
-    put(0x80 | (character & 0x3F));
-  } else if (character < 0x10000) {
-    put(0xE0 | (character >> 12));
-    put(0x80 | ((character >> 6) & 0x3F));
-    put(0x80 | (character & 0x3F));
-  } else {
-    put(0xF0 | (character >> 18));
-    put(0x80 | ((character >> 12) & 0x3F));
-    put(0x80 | ((character >> 6) & 0x3F));
-    put(0x80 | (character & 0x3F));
-  }
 }
 
 bool Within(char16_t unit, char16_t first, char16_t last) {

@@ -168,9 +168,7 @@ TEST_F(OwnNumbersTest, TheSessionIsToldOfTheCardsChanges) {
   OpenMain();
   ShowList(3, [&](ui::Dialog&, ui::ListView&) {
     EXPECT_EQ(device.radio.OpenSessions(), 3u);  // the main list has two
-    EXPECT_EQ(device.journal.Entries("RIL_Initialize").back().find("0x400000") != std::string::npos,
-              true)
-        << device.journal.Entries("RIL_Initialize").back();
+    EXPECT_THAT(device.journal.Entries("RIL_Initialize").back(), testing::HasSubstr("0x400000"));
   });
   EXPECT_EQ(device.radio.OpenSessions(), 2u);
 }

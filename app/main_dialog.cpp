@@ -1,8 +1,7 @@
 #include "app/main_dialog.h"
 
-#include <string_view>
-
 #include "app/app_state.h"
+#include "app/help.h"
 #include "app/list_turn.h"
 #include "app/sim_error.h"
 #include "res/accelerators.h"
@@ -21,9 +20,6 @@ constexpr std::uint32_t kNotificationClasses = platform::kRilClassDeviceSpecific
 static_assert(kNotificationClasses == 0x80C00000);
 constexpr std::uint32_t kNoNotifications = 0;
 constexpr std::uint32_t kPhonebookWasChanged = 1;
-
-constexpr std::u16string_view kHelpProgram = u"peghelp";
-constexpr std::u16string_view kHelpFile = u"Kelpin.htm";
 
 constexpr std::uint32_t kSelectedFocused = ui::kItemSelected | ui::kItemFocused;
 
@@ -235,7 +231,7 @@ void MainDialog::OnMessage(ui::Dialog& /*dialog*/, std::uint32_t message, std::u
 }
 
 void MainDialog::OnHelp(ui::Dialog& /*dialog*/) {
-  state_.ports.programs.StartProgram(kHelpProgram, kHelpFile);
+  ShowHelp(state_);
 }
 
 void MainDialog::OnClose(ui::Dialog& dialog) {

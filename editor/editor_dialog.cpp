@@ -1,7 +1,5 @@
 #include "editor/editor_dialog.h"
 
-#include <string_view>
-
 #include "app/app_state.h"
 #include "app/card_hold.h"
 #include "app/sim_error.h"
@@ -9,12 +7,6 @@
 #include "res/templates.h"
 
 namespace kelpin::editor {
-namespace {
-
-constexpr std::u16string_view kHelpProgram = u"peghelp";
-constexpr std::u16string_view kHelpFile = u"Kelpin.htm";
-
-}  // namespace
 
 void RunDialog(app::AppState& state, int dialog, ui::WindowHandle owner,
                ui::DialogHandler& handler) {
@@ -39,10 +31,6 @@ bool CardAnswers(app::AppState& state, ui::Dialog& dialog) {
   }
   app::ShowSimError(state.ports.screen, dialog.Handle(), result);
   return Succeeded(result);
-}
-
-void ShowHelp(app::AppState& state) {
-  state.ports.programs.StartProgram(kHelpProgram, kHelpFile);
 }
 
 }  // namespace kelpin::editor

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/help.h"
 #include "ui/dialog.h"
 
 namespace kelpin::app {
@@ -17,7 +18,6 @@ void RunDialog(app::AppState& state, int dialog, ui::WindowHandle owner,
 void SetUpDialog(app::AppState& state, ui::Dialog& dialog, int bar, bool inputPanelDown);
 // Whether the card answers; why not is told.
 [[nodiscard]] bool CardAnswers(app::AppState& state, ui::Dialog& dialog);
-// The help viewer on the program's help.
-void ShowHelp(app::AppState& state);
+using app::ShowHelp;
 
 }  // namespace kelpin::editor

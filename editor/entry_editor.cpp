@@ -6,6 +6,7 @@
 
 #include "app/app_state.h"
 #include "app/card_hold.h"
+#include "app/help.h"
 #include "app/readiness.h"
 #include "editor/entry_layout.h"
 #include "res/ids.h"
@@ -15,9 +16,6 @@
 
 namespace kelpin::editor {
 namespace {
-
-constexpr std::u16string_view kHelpProgram = u"peghelp";
-constexpr std::u16string_view kHelpFile = u"Kelpin.htm";
 
 // Script modes of the input method, in the high half of its conversion status.
 constexpr std::uint32_t kModeShift = 16;
@@ -165,7 +163,7 @@ void EntryEditor::OnSettingsChange(ui::Dialog& dialog) {
 }
 
 void EntryEditor::OnHelp(ui::Dialog& /*dialog*/) {
-  state_.ports.programs.StartProgram(kHelpProgram, kHelpFile);
+  app::ShowHelp(state_);
 }
 
 // A save that is under way says itself how it ended.

@@ -1,18 +1,10 @@
 #include "views/view_dialog.h"
 
-#include <string_view>
-
 #include "app/app_state.h"
 #include "res/menus.h"
 #include "res/templates.h"
 
 namespace kelpin::views {
-namespace {
-
-constexpr std::u16string_view kHelpProgram = u"peghelp";
-constexpr std::u16string_view kHelpFile = u"Kelpin.htm";
-
-}  // namespace
 
 int RunDialog(app::AppState& state, int dialog, ui::WindowHandle owner,
               ui::DialogHandler& handler) {
@@ -24,10 +16,6 @@ int RunDialog(app::AppState& state, int dialog, ui::WindowHandle owner,
 ui::MenuBar* CreateBar(ui::Dialog& dialog, int bar) {
   const ui::MenuBarTemplate* const resource = res::FindMenuBar(bar);
   return resource == nullptr ? nullptr : dialog.CreateMenuBar(*resource);
-}
-
-void ShowHelp(app::AppState& state) {
-  state.ports.programs.StartProgram(kHelpProgram, kHelpFile);
 }
 
 }  // namespace kelpin::views

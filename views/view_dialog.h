@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/help.h"
 #include "ui/dialog.h"
 
 namespace kelpin::app {
@@ -14,7 +15,6 @@ namespace kelpin::views {
 int RunDialog(app::AppState& state, int dialog, ui::WindowHandle owner, ui::DialogHandler& handler);
 // A bar of the resources at the dialog's foot.
 ui::MenuBar* CreateBar(ui::Dialog& dialog, int bar);
-// The help viewer on the program's help.
-void ShowHelp(app::AppState& state);
+using app::ShowHelp;
 
 }  // namespace kelpin::views

@@ -114,7 +114,10 @@ CardResult ApduFiles::Noted(CardResult result) {
   switch (result.Error()) {
     case TransportError::kNone:
     case TransportError::kBusy:
+    case TransportError::kPin2Needed:
+    case TransportError::kPuk2Needed:
       break;
+    case TransportError::kRadioOff:
     case TransportError::kStorage:
     case TransportError::kTimeout:
     case TransportError::kCommunication:

@@ -137,6 +137,9 @@ CardResult ChangeMarks::Noted(CardResult result) {
     case TransportError::kCommunication:
     case TransportError::kBusy:
     case TransportError::kStorage:
+    case TransportError::kRadioOff:
+    case TransportError::kPin2Needed:
+    case TransportError::kPuk2Needed:
       break;
   }
   return result;

@@ -79,6 +79,12 @@ SimResult ToSimResult(TransportError error) {
       return SimResult::kSimBusy;
     case TransportError::kStorage:
       return SimResult::kMemoryFailure;
+    case TransportError::kRadioOff:
+      return SimResult::kRadioOff;
+    case TransportError::kPin2Needed:
+      return SimResult::kPin2Required;
+    case TransportError::kPuk2Needed:
+      return SimResult::kPuk2Required;
   }
   return SimResult::kUndetermined;
 }

@@ -16,6 +16,9 @@ constexpr bool LeavesDoubt(TransportError error) {
     case TransportError::kNone:
     case TransportError::kBusy:     // nothing was sent
     case TransportError::kStorage:  // the card kept the old content
+    case TransportError::kRadioOff:
+    case TransportError::kPin2Needed:
+    case TransportError::kPuk2Needed:
       return false;
     case TransportError::kNoReader:
     case TransportError::kNoCard:

@@ -626,6 +626,7 @@ int Start(const Options& options, char* programName, SteadyTime start) {
   card::CardDevices devices;
   qt::QtShell shell(options.platform == "smartphone" ? u"Smartphone" : u"PocketPC");
   desktop::DesktopPrograms programs({.dataFolders = desktop::DataFolders(desktop::ProgramFolder()),
+                                     .languages = desktop::WantedLanguages(),
                                      .helpSection = [&screen] { return screen.HelpSection(); },
                                      .helpFailed = tell});
   desktop::SteadyClock clock;

@@ -286,6 +286,21 @@ TEST_F(HelpTest, AUsersOwnFileComesFirst) {
   EXPECT_EQ(opener_.Await(), "1\nfile://" + scratch_.Path().string() + "/none/help/Kelpin.htm\n");
 }
 
+TEST_F(HelpTest, ItIsOpenedInTheBestLanguageThereIs) {
+  WriteText(second_ / "help/Kelpin.de.htm", "deutsch");
+  WriteText(second_ / "help/Kelpin.fr.htm", "français");
+  const auto opened = [&](std::vector<std::string> languages) {
+    DesktopPrograms programs({.dataFolders = {scratch_ / "none", second_},
+                              .languages = std::move(languages),
+                              .opener = opener_.Program()});
+    EXPECT_EQ(programs.StartProgram(u"peghelp", u"Kelpin.htm#keys"), 1);
+    return opener_.Await();
+  };
+  EXPECT_THAT(opened({"de_AT", "de", "fr"}), HasSubstr("/help/Kelpin.de.htm#keys\n"));
+  EXPECT_THAT(opened({"fr", "de"}), HasSubstr("/help/Kelpin.fr.htm#keys\n"));
+  EXPECT_THAT(opened({"nl"}), HasSubstr("/help/Kelpin.htm#keys\n"));
+}
+
 TEST_F(HelpTest, WhatIsNoHelpFileIsNotOpened) {
   for (const std::u16string_view topic :
        {u"", u"Other.htm", u"../secret.htm", u"/etc/passwd", u"..", u"#keys", u"--version",

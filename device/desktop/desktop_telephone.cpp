@@ -1,6 +1,5 @@
 #include "device/desktop/desktop_telephone.h"
 
-#include "device/desktop/detached_process.h"
 #include "device/desktop/percent_encoding.h"
 #include "device/desktop/utf8.h"
 #include "platform/dial_number.h"
@@ -13,7 +12,7 @@ int DesktopTelephone::PhoneMakeCall(const platform::PhoneCallRequest& request) {
     return 0;
   }
   const std::string number = Utf8(request.destinationAddress);
-  return StartDetached({opener_, "tel:" + PercentEncoded(number, "+")}) ? 1 : 0;
+  return opener_.Open("tel:" + PercentEncoded(number, "+")) ? 1 : 0;
 }
 
 }  // namespace kelpin::device::desktop

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
+#include "device/desktop/address_opener.h"
 #include "platform/telephone.h"
 
 namespace kelpin::device::desktop {
@@ -9,12 +11,14 @@ namespace kelpin::device::desktop {
 // The desktop's handler of tel: addresses. It shows the number and dials when its user says so.
 class DesktopTelephone final : public platform::Telephone {
  public:
-  explicit DesktopTelephone(std::string opener = "xdg-open") : opener_(std::move(opener)) {}
+  // `failed` is told when nobody takes a call after all; it may be empty.
+  explicit DesktopTelephone(std::string opener = "xdg-open", AddressOpener::Failed failed = nullptr)
+      : opener_(std::move(opener), std::move(failed)) {}
 
   int PhoneMakeCall(const platform::PhoneCallRequest& request) override;
 
  private:
-  const std::string opener_;
+  const AddressOpener opener_;
 };
 
 }  // namespace kelpin::device::desktop

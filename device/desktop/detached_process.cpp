@@ -3,20 +3,26 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdlib>
+#include <string_view>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 extern char** environ;
 
 namespace kelpin::device::desktop {
 namespace {
 
-// What posix_spawn is told: a session of its own, every signal as at the start of a program, and
-// nothing to read.
+// What posix_spawn is told: a session of its own, every signal as at the start of a program,
+// nothing to read, and of all that is open here the standard streams alone. Not every library marks
+// what it opens as this program's own, the smart-card service's socket for one.
 class SpawnSettings {
  public:
   explicit SpawnSettings(int output) {
@@ -33,6 +39,7 @@ class SpawnSettings {
         static_cast<short>(POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF));
     ::posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     if (output >= 0) ::posix_spawn_file_actions_adddup2(&actions_, output, STDOUT_FILENO);
+    ::posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
   }
   ~SpawnSettings() {
     ::posix_spawn_file_actions_destroy(&actions_);
@@ -49,15 +56,28 @@ class SpawnSettings {
   ::posix_spawn_file_actions_t actions_;
 };
 
-void Reap(::pid_t process) {
-  while (::waitpid(process, nullptr, 0) < 0 && errno == EINTR) {
+void Reap(::pid_t process, const ProcessEnded& ended) {
+  int status = 0;
+  ::pid_t reaped = -1;
+  while ((reaped = ::waitpid(process, &status, 0)) < 0 && errno == EINTR) {
   }
+  if (ended && reaped == process) ended(WIFEXITED(status) ? WEXITSTATUS(status) : -1);
+}
+
+bool IsExecutableFile(const std::string& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+         ::access(path.c_str(), X_OK) == 0;
 }
 
 }  // namespace
 
-bool StartDetached(const std::vector<std::string>& arguments, int output) {
-  if (arguments.empty()) return false;
+std::optional<::pid_t> StartProcess(const std::vector<std::string>& arguments, int output) {
+  // An argument would end at its first NUL.
+  const auto whole = [](const std::string& text) { return text.find('\0') == std::string::npos; };
+  if (arguments.empty() || !std::all_of(arguments.begin(), arguments.end(), whole)) {
+    return std::nullopt;
+  }
   std::vector<char*> pointers;
   for (const std::string& argument : arguments) {
     pointers.push_back(const_cast<char*>(argument.c_str()));
@@ -67,14 +87,37 @@ bool StartDetached(const std::vector<std::string>& arguments, int output) {
   ::pid_t process = 0;
   if (::posix_spawnp(&process, pointers.front(), settings.Actions(), settings.Attributes(),
                      pointers.data(), environ) != 0) {
-    return false;
+    return std::nullopt;
   }
+  return process;
+}
+
+void ReapDetached(::pid_t process, ProcessEnded ended) {
   try {
-    std::thread(Reap, process).detach();
+    std::thread(Reap, process, std::move(ended)).detach();
   } catch (const std::system_error&) {
     // No thread to wait on: the process is reaped by the system when this one ends.
   }
-  return true;
+}
+
+bool StartDetached(const std::vector<std::string>& arguments, ProcessEnded ended) {
+  const std::optional<::pid_t> process = StartProcess(arguments);
+  if (process) ReapDetached(*process, std::move(ended));
+  return process.has_value();
+}
+
+bool IsStartable(const std::string& program) {
+  if (program.find('/') != std::string::npos) return IsExecutableFile(program);
+  const char* const path = std::getenv("PATH");
+  std::string_view folders = path == nullptr ? "/bin:/usr/bin" : path;
+  while (!program.empty()) {
+    const std::size_t end = folders.find(':');
+    const std::string folder(folders.substr(0, end));
+    if (IsExecutableFile((folder.empty() ? "." : folder) + "/" + program)) return true;
+    if (end == std::string_view::npos) break;
+    folders.remove_prefix(end + 1);
+  }
+  return false;
 }
 
 }  // namespace kelpin::device::desktop

@@ -35,16 +35,25 @@ std::optional<std::u16string_view> AfterBracket(std::u16string_view text) {
   return text.substr(bracket + 1);
 }
 
+// What parts or quotes addresses, and what is not seen, or turns round what is seen.
+bool IsOutsideEmails(char16_t unit) {
+  const auto within = [unit](char16_t first, char16_t last) {
+    return unit >= first && unit <= last;
+  };
+  return within(0, 0x20) || within(0x7F, 0xA0) ||
+         std::u16string_view(u"<>\",;:\\").find(unit) != std::u16string_view::npos ||
+         unit == 0xAD || unit == 0x61C || within(0x2000, 0x200F) || within(0x2028, 0x202F) ||
+         within(0x205F, 0x206F) || unit == 0x3000 || unit == 0xFEFF ||
+         within(0xD800, 0xDFFF);  // pairs too: no address needs one
+}
+
 // One address, not a list, and nothing that a mail program would read as more than an address.
 bool IsEmail(std::u16string_view text) {
   const std::size_t at = text.find(u'@');
-  const bool plain = std::none_of(text.begin(), text.end(), [](char16_t unit) {
-    return unit <= 0x20 || unit == 0x7F || unit == u'<' || unit == u'>' || unit == u'"' ||
-           unit == u',' || unit == u';' || unit == u':' || unit == u'\\' ||
-           (unit >= 0xD800 && unit <= 0xDFFF);
-  });
-  return plain && text.size() <= kLongestAddress && at != std::u16string_view::npos && at > 0 &&
-         at + 1 < text.size() && text.find(u'@', at + 1) == std::u16string_view::npos;
+  return text.size() <= kLongestAddress &&
+         std::none_of(text.begin(), text.end(), IsOutsideEmails) &&
+         at != std::u16string_view::npos && at > 0 && at + 1 < text.size() &&
+         text.find(u'@', at + 1) == std::u16string_view::npos;
 }
 
 std::optional<MessageAddress> ToNumber(const char* scheme, const char* fallback,

@@ -40,31 +40,61 @@ TEST(MessageAddress, EverythingThatIsNotPlainIsEncoded) {
   EXPECT_EQ(Uri(kMail, u"mailto:A<--option@b.org>"), "mailto:--option@b.org");
 }
 
+// RFC 6068: what follows the first '?' are header fields, with '&' between them.
+TEST(MessageAddress, AnEmailAddressAddsNoHeaderField) {
+  EXPECT_EQ(Uri(kMail, u"mailto:A<a@b.org?bcc=x&subject=y>"),
+            "mailto:a@b.org%3Fbcc%3Dx%26subject%3Dy");
+  EXPECT_EQ(Uri(kMail, u"mailto:A<a%3Fbcc%3Dx@b.org>"), "mailto:a%253Fbcc%253Dx@b.org");
+  EXPECT_EQ(Uri(kMail, u"mailto:A<a%0ABcc=x@b.org>"), "mailto:a%250ABcc%3Dx@b.org");
+  EXPECT_EQ(Uri(kMail, u"mailto:A<a#b/c@b.org>"), "mailto:a%23b%2Fc@b.org");
+  EXPECT_EQ(MessageOfClass(u"IPM.MMS", u"a@b.org?body=x")->Uri(), "mmsto:a@b.org%3Fbody%3Dx");
+}
+
+TEST(MessageAddress, AFieldOf100000CharactersIsTakenForWhatItIs) {
+  const std::u16string huge(100000, u'<');
+  EXPECT_EQ(Uri(kMail, u"-service \"SMS\" -to \"" + huge + u"<12>\""), "sms:12");
+  EXPECT_EQ(Uri(kMail, u"mailto:" + huge + u"<a@b>"), "mailto:a@b");
+  const std::u16string digits(100000, u'1');
+  EXPECT_EQ(Uri(kMail, u"-service \"SMS\" -to \"A<" + digits + u">\""), "");
+  EXPECT_EQ(Uri(kMail, u"mailto:A<" + digits + u"@b>"), "");
+  EXPECT_FALSE(MessageOfClass(u"IPM.MMS", digits));
+}
+
 TEST(MessageAddress, ANameDoesNotChangeTheRecipient) {
   for (const std::u16string_view name :
        {u"\"", u"x\" -to \"y<666>", u"<666>", u"<666", u"> -to \"", u"\n-to \"Z<666>\"\n",
-        u"\u202E<666>\u202C", u"%s%n", u"-service", u"a b\tc", u""}) {
+        u"\u202E<666>\u202C", u"%s%n", u"-service", u"a b\tc", u"", u"\xD800", u"\xDC00<666>"}) {
     const std::u16string text(name);
     EXPECT_EQ(Uri(kMail, u"-service \"SMS\" -to \"" + text + u"<+4917>\""), "sms:+4917");
     EXPECT_EQ(Uri(kMail, u"mailto:" + text + u"<a@b.org>"), "mailto:a@b.org");
   }
+  const std::u16string ended(u"a\0<666>", 7);
+  EXPECT_EQ(Uri(kMail, u"-service \"SMS\" -to \"" + ended + u"<+4917>\""), "sms:+4917");
 }
 
 TEST(MessageAddress, WhatIsNoNumberIsNotWrittenTo) {
   for (const std::u16string_view number :
-       {u"", u"abc", u"12 34", u"12;ext=5", u"12?body=x", u"12&34", u"12,13", u"12\n13", u"\"12",
-        u"12\"", u">", u"1\u0661", u"12>"}) {
+       {u"",          u"abc",       u"12 34",       u"12;ext=5",       u"12?body=x",
+        u"12&34",     u"12,13",     u"12\n13",      u"\"12",           u"12\"",
+        u">",         u"1\u0661",   u"12>",         u"\uFF0A21#",      u"\uFF11\uFF12",
+        u"\u066021",  u"*21\uFE5F", u"* 21 #",      u"\u202A12\u202C", u"1\u200B2",
+        u"12\u00A03", u"-12",       u"\xD835\xDFCF"}) {
     const std::u16string text(number);
     EXPECT_EQ(Uri(kMail, u"-service \"SMS\" -to \"A<" + text + u">\""), "") << number.size();
     EXPECT_EQ(Uri(kMms, u"\"1\" \"" + text + u"\""), "") << number.size();
   }
   EXPECT_EQ(Uri(kMms, u"\"1\" \"" + std::u16string(256, u'1') + u"\""), "");
+  EXPECT_EQ(Uri(kMms, u"\"1\" \"" + std::u16string(u"12\0", 3) + u"\""), "");
 }
 
 TEST(MessageAddress, WhatIsNoSingleEmailAddressIsNotWrittenTo) {
   for (const std::u16string_view address :
-       {u"", u"a", u"@", u"a@", u"@b", u"a@b@c", u"a b@c", u"a@b,c@d", u"a@b;c@d", u"a@b\nBcc:x@y",
-        u"\"a\"@b", u"a@b>", u"a:b@c", u"\xD800@b"}) {
+       {u"",          u"a",         u"@",         u"a@",        u"@b",
+        u"a@b@c",     u"a b@c",     u"a@b,c@d",   u"a@b;c@d",   u"a@b\nBcc:x@y",
+        u"\"a\"@b",   u"a@b>",      u"a:b@c",     u"\xD800@b",  u"\xD83D\xDCDE@b",
+        u"a\\@b",     u"a\u007F@b", u"a\u0085@b", u"a\u00A0@b", u"a@b\u00AD",
+        u"a@b\u200B", u"a@b\u202E", u"\u2067a@b", u"a\u2028@b", u"a\u3000@b",
+        u"\uFEFFa@b", u"a\uFF20b"}) {
     EXPECT_EQ(Uri(kMail, u"mailto:A<" + std::u16string(address) + u">"), "") << address.size();
   }
 }

@@ -17,14 +17,21 @@ namespace {
 
 const QString kService = QStringLiteral("org.freedesktop.ModemManager1");
 const QString kRoot = QStringLiteral("/org/freedesktop/ModemManager1");
+const QString kBus = QStringLiteral("org.freedesktop.DBus");
+const QString kBusPath = QStringLiteral("/org/freedesktop/DBus");
 const QString kObjectManager = QStringLiteral("org.freedesktop.DBus.ObjectManager");
 const QString kModem = QStringLiteral("org.freedesktop.ModemManager1.Modem");
 const QString kVoice = QStringLiteral("org.freedesktop.ModemManager1.Modem.Voice");
 const QString kCall = QStringLiteral("org.freedesktop.ModemManager1.Call");
 const QString kModems = QStringLiteral("a{oa{sa{sv}}}");  // what GetManagedObjects answers
 
+const QString kNotRunning =
+    QStringLiteral("ModemManager is not running. Install the package modemmanager and start it.");
+
+// Milliseconds. The bus itself answers at once.
+constexpr int kBusPatience = 1000;
 // A modem may need this long until the network takes a call.
-constexpr int kStartPatience = 120000;  // milliseconds
+constexpr qint64 kStartPatience = 120000;
 
 using Interfaces = QMap<QString, QVariantMap>;
 
@@ -57,8 +64,7 @@ QString WhyNot(const QDBusMessage& answer) {
   if (error.type() == QDBusError::ServiceUnknown ||
       name == QStringLiteral("org.freedesktop.DBus.Error.NameHasNoOwner") ||
       name.startsWith(QStringLiteral("org.freedesktop.DBus.Error.Spawn."))) {
-    return QStringLiteral(
-        "ModemManager is not running. Install the package modemmanager and start it.");
+    return kNotRunning;
   }
   if (IsUnanswered(error.type())) {
     return QStringLiteral(
@@ -70,6 +76,34 @@ QString WhyNot(const QDBusMessage& answer) {
 // The modem with the lowest number comes first.
 bool StandsBefore(const QString& one, const QString& other) {
   return one.size() != other.size() ? one.size() < other.size() : one < other;
+}
+
+// The first modem that can speak; empty when there is none, then `why` says why.
+QString FirstModem(const QDBusMessage& answer, QString& why) {
+  QString first;
+  bool modems = false;
+  const auto objects = answer.arguments().constFirst().value<QDBusArgument>();
+  objects.beginMap();
+  while (!objects.atEnd()) {
+    QDBusObjectPath path;
+    Interfaces interfaces;
+    objects.beginMapEntry();
+    objects >> path >> interfaces;
+    objects.endMapEntry();
+    modems = modems || interfaces.contains(kModem);
+    if (interfaces.contains(kVoice) && (first.isEmpty() || StandsBefore(path.path(), first))) {
+      first = path.path();
+    }
+  }
+  objects.endMap();
+  if (first.isEmpty()) {
+    why = modems
+              ? QStringLiteral("The modem cannot make calls; ModemManager offers none through it.")
+              : QStringLiteral(
+                    "ModemManager knows no modem. Plug one in and wait until \"mmcli -L\" "
+                    "lists it.");
+  }
+  return first;
 }
 
 }  // namespace
@@ -102,98 +136,89 @@ bool ModemManagerTelephone::Connect() {
   return bus_.isConnected();
 }
 
+bool ModemManagerTelephone::HasService() {
+  QDBusMessage owned =
+      QDBusMessage::createMethodCall(kBus, kBusPath, kBus, QStringLiteral("NameHasOwner"));
+  owned << kService;
+  const QDBusMessage owner = bus_.call(owned, QDBus::Block, kBusPatience);
+  if (IsAnswer(owner, QStringLiteral("b")) && owner.arguments().constFirst().toBool()) return true;
+  const QDBusMessage names = bus_.call(
+      QDBusMessage::createMethodCall(kBus, kBusPath, kBus, QStringLiteral("ListActivatableNames")),
+      QDBus::Block, kBusPatience);
+  return IsAnswer(names, QStringLiteral("as")) &&
+         names.arguments().constFirst().toStringList().contains(kService);
+}
+
 int ModemManagerTelephone::PhoneMakeCall(const platform::PhoneCallRequest& request) {
   if (request.size != platform::kCallRequestSize ||
       !platform::IsDialNumber(request.destinationAddress)) {
     return 0;
   }
-  const QDeadlineTimer end(options_.patience);
   if (request.destinationAddress.find_first_of(u"pPwW") != std::u16string_view::npos) {
     return Refuse(QStringLiteral(
         "A modem cannot dial a number with pauses. Call the part before the first one."));
   }
+  if (preparing_) {
+    return Refuse(QStringLiteral(
+        "The modem has not answered to the last call yet. Wait a moment, then call again."));
+  }
   if (!Connect()) {
     return Refuse(QStringLiteral("The system bus cannot be reached, and ModemManager through it."));
   }
+  if (!HasService()) return Refuse(kNotRunning);
   const QString number = QString::fromUtf16(
       request.destinationAddress.data(), static_cast<qsizetype>(request.destinationAddress.size()));
-  QString why;
-  const QString modem = FindModem(end, why);
-  const QString call = modem.isEmpty() ? QString() : CreateCall(modem, number, end, why);
-  if (call.isEmpty()) return Refuse(why);
-  StartCall(modem, call);
+  preparing_ = true;
+  FindModem(number, QDeadlineTimer(options_.patience));
   return 1;
 }
 
-QString ModemManagerTelephone::FindModem(const QDeadlineTimer& end, QString& why) {
-  const QDBusMessage answer =
-      Ask(QDBusMessage::createMethodCall(kService, kRoot, kObjectManager,
-                                         QStringLiteral("GetManagedObjects")),
-          end);
-  if (!IsAnswer(answer, kModems)) {
-    why = WhyNot(answer);
-    return {};
-  }
-  QString first;
-  bool modems = false;
-  const auto objects = answer.arguments().constFirst().value<QDBusArgument>();
-  objects.beginMap();
-  while (!objects.atEnd()) {
-    QDBusObjectPath path;
-    Interfaces interfaces;
-    objects.beginMapEntry();
-    objects >> path >> interfaces;
-    objects.endMapEntry();
-    modems = modems || interfaces.contains(kModem);
-    if (interfaces.contains(kVoice) && (first.isEmpty() || StandsBefore(path.path(), first))) {
-      first = path.path();
-    }
-  }
-  objects.endMap();
-  if (first.isEmpty()) {
-    why = modems ? QStringLiteral(
-                       "The modem cannot make calls; ModemManager offers none through "
-                       "it.")
-                 : QStringLiteral(
-                       "ModemManager knows no modem. Plug one in and wait until "
-                       "\"mmcli -L\" lists it.");
-  }
-  return first;
+void ModemManagerTelephone::FindModem(const QString& number, const QDeadlineTimer& end) {
+  Ask(QDBusMessage::createMethodCall(kService, kRoot, kObjectManager,
+                                     QStringLiteral("GetManagedObjects")),
+      end.remainingTime(), [this, number, end](const QDBusMessage& answer) {
+        QString why = WhyNot(answer);
+        const QString modem = IsAnswer(answer, kModems) ? FirstModem(answer, why) : QString();
+        if (!modem.isEmpty()) {
+          CreateCall(modem, number, end);
+          return;
+        }
+        preparing_ = false;
+        Refuse(why);
+      });
 }
 
-QString ModemManagerTelephone::CreateCall(const QString& modem, const QString& number,
-                                          const QDeadlineTimer& end, QString& why) {
+// A call that is created after the time is over, and so without our knowing, is never started.
+void ModemManagerTelephone::CreateCall(const QString& modem, const QString& number,
+                                       const QDeadlineTimer& end) {
   QDBusMessage question =
       QDBusMessage::createMethodCall(kService, modem, kVoice, QStringLiteral("CreateCall"));
   question << QVariantMap{{QStringLiteral("number"), number}};
-  const QDBusMessage answer = Ask(question, end);
-  if (!IsAnswer(answer, QStringLiteral("o"))) {
-    // A call that is created after all is never started.
-    why = WhyNot(answer);
-    return {};
-  }
-  return answer.arguments().constFirst().value<QDBusObjectPath>().path();
+  Ask(question, end.remainingTime(), [this, modem](const QDBusMessage& answer) {
+    preparing_ = false;
+    if (IsAnswer(answer, QStringLiteral("o"))) {
+      StartCall(modem, answer.arguments().constFirst().value<QDBusObjectPath>().path());
+    } else {
+      Refuse(WhyNot(answer));
+    }
+  });
 }
 
 void ModemManagerTelephone::StartCall(const QString& modem, const QString& call) {
-  const QDBusMessage question =
-      QDBusMessage::createMethodCall(kService, call, kCall, QStringLiteral("Start"));
-  auto* const watcher =
-      new QDBusPendingCallWatcher(bus_.asyncCall(question, kStartPatience), &answers_);
-  QObject::connect(
-      watcher, &QDBusPendingCallWatcher::finished, &answers_, [this, watcher, modem, call] {
-        const QDBusMessage answer = watcher->reply();
-        watcher->deleteLater();
+  Ask(QDBusMessage::createMethodCall(kService, call, kCall, QStringLiteral("Start")),
+      kStartPatience, [this, modem, call](const QDBusMessage& answer) {
         if (answer.type() != QDBusMessage::ErrorMessage) return;
         // One that may be ringing is left to whoever can end it.
-        if (!IsUnanswered(QDBusError(answer).type())) {
-          QDBusMessage removal =
-              QDBusMessage::createMethodCall(kService, modem, kVoice, QStringLiteral("DeleteCall"));
-          removal << QVariant::fromValue(QDBusObjectPath(call));
-          bus_.send(removal);
-        }
+        if (!IsUnanswered(QDBusError(answer).type())) DeleteCall(modem, call);
         Refuse(WhyNot(answer));
       });
+}
+
+void ModemManagerTelephone::DeleteCall(const QString& modem, const QString& call) {
+  QDBusMessage removal =
+      QDBusMessage::createMethodCall(kService, modem, kVoice, QStringLiteral("DeleteCall"));
+  removal << QVariant::fromValue(QDBusObjectPath(call));
+  bus_.send(removal);
 }
 
 int ModemManagerTelephone::Refuse(const QString& why) const {
@@ -201,10 +226,16 @@ int ModemManagerTelephone::Refuse(const QString& why) const {
   return 0;
 }
 
-QDBusMessage ModemManagerTelephone::Ask(const QDBusMessage& question, const QDeadlineTimer& end) {
+void ModemManagerTelephone::Ask(const QDBusMessage& question, qint64 milliseconds,
+                                Answered answered) {
   // 0 and less would stand for no limit.
-  const auto left = static_cast<int>(std::max<qint64>(end.remainingTime(), 1));
-  return bus_.call(question, QDBus::Block, left);
+  const auto limit = static_cast<int>(std::max<qint64>(milliseconds, 1));
+  auto* const watcher = new QDBusPendingCallWatcher(bus_.asyncCall(question, limit), &answers_);
+  QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &answers_,
+                   [watcher, answered = std::move(answered)] {
+                     watcher->deleteLater();
+                     answered(watcher->reply());
+                   });
 }
 
 }  // namespace kelpin::device::calls

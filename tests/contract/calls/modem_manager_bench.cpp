@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <sys/prctl.h>
 
+#include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QProcessEnvironment>
@@ -123,8 +124,10 @@ ModemManagerMock::ModemManagerMock(const std::string& parameters) {
 }
 
 std::string ModemManagerMock::NextLine() {
-  while (!service_.canReadLine()) {
-    if (!service_.waitForReadyRead(kPatience)) return "nothing was asked";
+  for (int waited = 0; !service_.canReadLine(); waited += kStep) {
+    if (waited >= kPatience) return "nothing was asked";
+    QCoreApplication::processEvents();
+    QThread::msleep(kStep);
   }
   return service_.readLine().trimmed().toStdString();
 }

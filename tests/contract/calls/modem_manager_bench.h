@@ -29,7 +29,7 @@ class ModemManagerMock {
   ModemManagerMock(const ModemManagerMock&) = delete;
   ModemManagerMock& operator=(const ModemManagerMock&) = delete;
 
-  // Waits for the next line it prints; without the line's end.
+  // Serves the event loop until it prints the next line; without the line's end.
   std::string NextLine();
   // Waits for the end of the service and until the bus has noticed.
   void AwaitEnd();

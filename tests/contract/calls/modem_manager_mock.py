@@ -2,7 +2,8 @@
 "create PATH KEY=VALUE ...", "start PATH", "delete PATH".
 
 Parameters: "modems", a list of [number, can speak]; "create" and "start", what becomes of the
-question: "ok", "refused", "vanish" (the service ends without an answer), "silent" (no answer).
+question: "ok", "refused", "vanish" (the service ends without an answer), "silent" (no answer),
+"late" (answered after half a second).
 """
 import os
 import time
@@ -27,6 +28,8 @@ def answer(way):
             "no network", name="org.freedesktop.ModemManager1.Error.Core.WrongState")
     if way == "vanish":
         os._exit(0)
+    if way == "late":
+        time.sleep(0.5)
     if way == "silent":
         time.sleep(600)
 

@@ -4,7 +4,7 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QDir>
-#include <QEventLoop>
+#include <QThread>
 #include <chrono>
 #include <memory>
 #include <string>
@@ -53,7 +53,8 @@ class ModemTest : public testing::Test {
   void AwaitTold() {
     const QDeadlineTimer end(kPatience);
     while (told_.empty() && !end.hasExpired()) {
-      QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+      QCoreApplication::processEvents();
+      QThread::msleep(1);
     }
   }
 
@@ -99,21 +100,24 @@ TEST_F(ModemTest, TheServiceMayComeAfterTheProgram) {
 TEST_F(ModemTest, WithoutAModemNobodyIsCalled) {
   ModemManagerMock service(R"({"modems": []})");
   Open();
-  EXPECT_EQ(Call(), 0);
+  EXPECT_EQ(Call(), 1);
+  AwaitTold();
   EXPECT_THAT(told_, ElementsAre(HasSubstr("knows no modem")));
 }
 
 TEST_F(ModemTest, AModemForDataAloneCallsNobody) {
   ModemManagerMock service(R"({"modems": [[0, false]]})");
   Open();
-  EXPECT_EQ(Call(), 0);
+  EXPECT_EQ(Call(), 1);
+  AwaitTold();
   EXPECT_THAT(told_, ElementsAre(HasSubstr("The modem cannot make calls")));
 }
 
 TEST_F(ModemTest, ACallThatIsRefusedIsToldWithTheModemsReason) {
   ModemManagerMock service(R"({"modems": [[0, true]], "create": "refused"})");
   Open();
-  EXPECT_EQ(Call(), 0);
+  EXPECT_EQ(Call(), 1);
+  AwaitTold();
   EXPECT_THAT(told_, ElementsAre("The modem did not take the call: no network"));
 }
 
@@ -132,7 +136,8 @@ TEST_F(ModemTest, ACallWhoseStartIsRefusedIsToldAndTakenAway) {
 TEST_F(ModemTest, AServiceThatEndsInsteadOfAnsweringTakesNoCall) {
   ModemManagerMock service(R"({"modems": [[0, true]], "create": "vanish"})");
   Open();
-  EXPECT_EQ(Call(), 0);
+  EXPECT_EQ(Call(), 1);
+  AwaitTold();
   EXPECT_THAT(told_, ElementsAre(HasSubstr("does not answer")));
   service.AwaitEnd();
   told_.clear();
@@ -148,11 +153,51 @@ TEST_F(ModemTest, AServiceThatEndsWhileItDialsIsTold) {
   EXPECT_THAT(told_, ElementsAre(HasSubstr("does not answer")));
 }
 
-TEST_F(ModemTest, AServiceThatDoesNotAnswerIsNotWaitedFor) {
+TEST_F(ModemTest, AServiceThatEndsInMidCallIsToldAtTheNextCall) {
+  ModemManagerMock service(kOneModem);
+  Open();
+  EXPECT_EQ(Call(), 1);
+  EXPECT_EQ(service.NextLine(), "create /org/freedesktop/ModemManager1/Modem/0 number=+4917");
+  EXPECT_EQ(service.NextLine(), "start /org/freedesktop/ModemManager1/Call/0");
+  service.End();
+  QCoreApplication::processEvents();
+  EXPECT_EQ(Call(), 0);
+  EXPECT_THAT(told_, testing::Contains(HasSubstr("is not running")));
+}
+
+TEST_F(ModemTest, AServiceThatDoesNotAnswerIsNotWaitedForLongerThanToldTo) {
   ModemManagerMock service(R"({"modems": [[0, true]], "create": "silent"})");
   Open(std::chrono::milliseconds(100));
-  EXPECT_EQ(Call(), 0);
+  EXPECT_EQ(Call(), 1);
+  AwaitTold();
   EXPECT_THAT(told_, ElementsAre(HasSubstr("does not answer")));
+}
+
+// The mock serves one question after the other, so that nothing but the second call is left.
+TEST_F(ModemTest, ACallThatIsReadyTooLateIsNeverStarted) {
+  ModemManagerMock service(R"({"modems": [[0, true]], "create": "late"})");
+  Open(std::chrono::milliseconds(200));
+  EXPECT_EQ(Call(u"12"), 1);
+  AwaitTold();
+  EXPECT_THAT(told_, ElementsAre(HasSubstr("does not answer")));
+  const std::unique_ptr<ModemManagerTelephone> impatient = std::move(telephone_);
+  Open();
+  EXPECT_EQ(Call(u"34"), 1);
+  EXPECT_EQ(service.NextLine(), "create /org/freedesktop/ModemManager1/Modem/0 number=12");
+  EXPECT_EQ(service.NextLine(), "create /org/freedesktop/ModemManager1/Modem/0 number=34");
+  EXPECT_EQ(service.NextLine(), "start /org/freedesktop/ModemManager1/Call/1");
+}
+
+TEST_F(ModemTest, WhileAModemPreparesACallTheWindowGoesOnAndNoSecondOneIsMade) {
+  ModemManagerMock service(R"({"modems": [[0, true]], "create": "silent"})");
+  Open();
+  EXPECT_EQ(Call(u"12"), 1);  // and did not wait: this service never answers
+  EXPECT_EQ(service.NextLine(), "create /org/freedesktop/ModemManager1/Modem/0 number=12");
+  EXPECT_EQ(Call(u"34"), 0);
+  EXPECT_THAT(told_, ElementsAre(HasSubstr("Wait a moment")));
+  telephone_.reset();
+  QCoreApplication::processEvents();
+  EXPECT_EQ(told_.size(), 1u);
 }
 
 TEST_F(ModemTest, ACallIsHandedOverBeforeTheModemHasDialled) {

@@ -5,32 +5,24 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 
+#include "platform/contact_property_names.h"
+
 namespace kelpin::device::contacts {
 namespace {
 
-// In the order of a ContactRecord.
-constexpr const char* kNames[kContactTextCount] = {
-    "FirstName",
-    "MiddleName",
-    "LastName",
-    "CompanyName",
-    "FileAs",
-    "MobileTelephoneNumber",
-    "BusinessTelephoneNumber",
-    "HomeTelephoneNumber",
-    "Business2TelephoneNumber",
-    "Home2TelephoneNumber",
-    "RadioTelephoneNumber",
-    "PagerNumber",
-    "CarTelephoneNumber",
-    "AssistantTelephoneNumber",
-    "HomeFaxNumber",
-    "BusinessFaxNumber",
-    "Email1Address",
-    "Email2Address",
-    "Email3Address",
-    "CompanyTelephoneNumber",
-};
+constexpr std::string_view kCompanyPhoneName = "CompanyTelephoneNumber";
+
+// Where a contact has the text of this name; kContactTextCount when it has none.
+std::size_t TextNamed(std::string_view name) {
+  if (name == kCompanyPhoneName) {
+    return kCompanyPhoneText;
+  }
+  const auto* const found = std::find(std::begin(platform::kContactPropertyNames),
+                                      std::end(platform::kContactPropertyNames), name);
+  return found == std::end(platform::kContactPropertyNames)
+             ? kContactTextCount
+             : static_cast<std::size_t>(found - std::begin(platform::kContactPropertyNames));
+}
 
 }  // namespace
 
@@ -50,13 +42,12 @@ bool ReadContactList(std::string_view json, std::vector<ContactRecord>& contacts
     }
     ContactRecord record;
     for (const auto& [name, value] : contact.items()) {
-      const auto* const found = std::find(std::begin(kNames), std::end(kNames), name);
-      if (found == std::end(kNames) || !value.is_string()) {
+      const std::size_t text = TextNamed(name);
+      if (text == kContactTextCount || !value.is_string()) {
         why = place + ": \"" + name + "\" is no text of a contact";
         return false;
       }
-      record[static_cast<std::size_t>(found - std::begin(kNames))] =
-          value.get_ref<const std::string&>();
+      record[text] = value.get_ref<const std::string&>();
     }
     read.push_back(std::move(record));
   }

@@ -1,7 +1,6 @@
 #include "device/desktop/utf8.h"
 
 #include <algorithm>
-#include <cstddef>
 
 #include "platform/utf8.h"
 
@@ -9,10 +8,6 @@ namespace kelpin::device::desktop {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
-
-bool IsSurrogate(char16_t unit, char16_t first) {
-  return unit >= first && unit <= first + 0x3FF;
-}
 
 bool SteersTerminal(char16_t unit) {
   const auto within = [unit](char16_t first, char16_t last) {
@@ -27,15 +22,8 @@ bool SteersTerminal(char16_t unit) {
 std::string Utf8(std::u16string_view text) {
   std::string bytes;
   bytes.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    char32_t character = text[i];
-    if (IsSurrogate(text[i], 0xD800) && i + 1 < text.size() && IsSurrogate(text[i + 1], 0xDC00)) {
-      character = 0x10000 + ((character - 0xD800) << 10) + (text[i + 1] - 0xDC00u);
-      ++i;
-    } else if (character >= 0xD800 && character <= 0xDFFF) {
-      character = kReplacement;
-    }
-    AppendUtf8(character, bytes);
+  while (!text.empty()) {
+    AppendUtf8(TakeUtf16(text).value_or(kReplacement), bytes);
   }
   return bytes;
 }

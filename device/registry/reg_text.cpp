@@ -1,33 +1,11 @@
 #include "device/registry/reg_text.h"
 
+#include <optional>
+
 #include "platform/utf8.h"
 
 namespace kelpin::device::registry {
 namespace {
-
-bool IsHighSurrogate(char32_t unit) {
-  return unit >= 0xD800 && unit <= 0xDBFF;
-}
-
-bool IsLowSurrogate(char32_t unit) {
-  return unit >= 0xDC00 && unit <= 0xDFFF;
-}
-
-// Bytes of the sequence that `lead` opens and the lowest character that needs as many; 0 for a
-// byte that opens none.
-struct Utf8Form {
-  std::size_t length;
-  char32_t lowest;
-  char32_t leadBits;
-};
-
-Utf8Form FormOf(std::uint8_t lead) {
-  if (lead < 0x80) return {1, 0, lead};
-  if (lead >= 0xC2 && lead <= 0xDF) return {2, 0x80, lead & 0x1Fu};
-  if (lead >= 0xE0 && lead <= 0xEF) return {3, 0x800, lead & 0x0Fu};
-  if (lead >= 0xF0 && lead <= 0xF4) return {4, 0x10000, lead & 0x07u};
-  return {0, 0, 0};
-}
 
 bool Within(char16_t unit, char16_t first, char16_t last) {
   return unit >= first && unit <= last;
@@ -65,27 +43,10 @@ char16_t FoldUnit(char16_t unit) {
 bool Utf16FromUtf8(std::string_view bytes, std::u16string& text) {
   text.clear();
   text.reserve(bytes.size());
-  std::size_t at = 0;
-  while (at < bytes.size()) {
-    const Utf8Form form = FormOf(static_cast<std::uint8_t>(bytes[at]));
-    if (form.length == 0 || bytes.size() - at < form.length) return false;
-    char32_t character = form.leadBits;
-    for (std::size_t i = 1; i < form.length; ++i) {
-      const auto next = static_cast<std::uint8_t>(bytes[at + i]);
-      if ((next & 0xC0) != 0x80) return false;
-      character = (character << 6) | (next & 0x3Fu);
-    }
-    if (character < form.lowest || character > 0x10FFFF || IsHighSurrogate(character) ||
-        IsLowSurrogate(character)) {
-      return false;
-    }
-    if (character >= 0x10000) {
-      text.push_back(static_cast<char16_t>(0xD800 + ((character - 0x10000) >> 10)));
-      text.push_back(static_cast<char16_t>(0xDC00 + ((character - 0x10000) & 0x3FF)));
-    } else {
-      text.push_back(static_cast<char16_t>(character));
-    }
-    at += form.length;
+  while (!bytes.empty()) {
+    const std::optional<char32_t> character = TakeUtf8(bytes);
+    if (!character.has_value()) return false;
+    AppendUtf16(*character, text);
   }
   return true;
 }
@@ -93,15 +54,10 @@ bool Utf16FromUtf8(std::string_view bytes, std::u16string& text) {
 bool Utf8FromUtf16(std::u16string_view text, std::string& bytes) {
   bytes.clear();
   bytes.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    char32_t character = text[i];
-    if (IsLowSurrogate(character)) return false;
-    if (IsHighSurrogate(character)) {
-      if (i + 1 == text.size() || !IsLowSurrogate(text[i + 1])) return false;
-      ++i;
-      character = 0x10000 + ((character - 0xD800) << 10) + (text[i] - 0xDC00u);
-    }
-    AppendUtf8(character, bytes);
+  while (!text.empty()) {
+    const std::optional<char32_t> character = TakeUtf16(text);
+    if (!character.has_value()) return false;
+    AppendUtf8(*character, bytes);
   }
   return true;
 }

@@ -6,6 +6,7 @@
 #include <span>
 #include <utility>
 
+#include "platform/contact_property_names.h"
 #include "tests/support/call_text.h"
 
 namespace kelpin::test {
@@ -36,28 +37,6 @@ namespace {
 
 using Shared = FakeContacts::Shared;
 using Store = std::shared_ptr<Shared>;
-
-constexpr const char* kNames[platform::kContactPropertyCount] = {
-    "FirstName",
-    "MiddleName",
-    "LastName",
-    "CompanyName",
-    "FileAs",
-    "MobileTelephoneNumber",
-    "BusinessTelephoneNumber",
-    "HomeTelephoneNumber",
-    "Business2TelephoneNumber",
-    "Home2TelephoneNumber",
-    "RadioTelephoneNumber",
-    "PagerNumber",
-    "CarTelephoneNumber",
-    "AssistantTelephoneNumber",
-    "HomeFaxNumber",
-    "BusinessFaxNumber",
-    "Email1Address",
-    "Email2Address",
-    "Email3Address",
-};
 
 // One object that somebody holds.
 class Held {
@@ -274,7 +253,7 @@ class App : public platform::IPOutlookApp {
 }  // namespace
 
 const char* PropertyName(ContactProperty property) {
-  return kNames[static_cast<std::size_t>(property)];
+  return platform::kContactPropertyNames[static_cast<std::size_t>(property)];
 }
 
 FakeContacts::FakeContacts(Journal& journal, FailPlan& failures)

@@ -167,22 +167,26 @@ constexpr Adapter<platform::ContactsStore> kContactsAdapters[] = {
     {"eds", false, "eds[:BOOK]  the desktop's contacts (Evolution Data Server)", OpenEds},
 };
 
-// Told why a call is not made; may show it.
-using CallFailed = std::function<void(const std::string& why)>;
+// Who is told why a call is not made.
+struct CallsListeners {
+  std::function<void(const std::string& why)> failed;  // on the screen thread; may show it
+  desktop::AddressOpener::Failed notOpened;            // on any thread
+};
 
-std::unique_ptr<platform::Telephone> OpenDesktopCalls(CallFailed /*failed*/, std::string& /*why*/) {
-  return std::make_unique<desktop::DesktopTelephone>();
+std::unique_ptr<platform::Telephone> OpenDesktopCalls(CallsListeners listeners,
+                                                      std::string& /*why*/) {
+  return std::make_unique<desktop::DesktopTelephone>("xdg-open", std::move(listeners.notOpened));
 }
 
-std::unique_ptr<platform::Telephone> OpenModemCalls(CallFailed failed, std::string& why) {
-  return calls::ModemManagerTelephone::Open({.failed = std::move(failed)}, why);
+std::unique_ptr<platform::Telephone> OpenModemCalls(CallsListeners listeners, std::string& why) {
+  return calls::ModemManagerTelephone::Open({.failed = std::move(listeners.failed)}, why);
 }
 
 struct CallsAdapter {
   const char* name;
   const char* help;
   // As above.
-  std::unique_ptr<platform::Telephone> (*open)(CallFailed failed, std::string& why);
+  std::unique_ptr<platform::Telephone> (*open)(CallsListeners listeners, std::string& why);
 };
 
 constexpr CallsAdapter kCallsAdapters[] = {
@@ -607,11 +611,20 @@ int Start(const Options& options, char* programName, SteadyTime start) {
     return picture ? fail("Kelpin runs already; close it, then take the picture") : 0;
   }
   const auto tell = [&screen](const std::string& reason) {
-    screen.MessageBox(0, QString::fromStdString(reason).toStdU16String(), u"Kelpin",
-                      ui::kBoxNotice);
+    screen.PostToScreen([&screen, reason] {
+      screen.MessageBox(0, QString::fromStdString(reason).toStdU16String(), u"Kelpin",
+                        ui::kBoxNotice);
+    });
+  };
+  // Which program is set for what is the desktop's matter. What was to be opened stays unsaid.
+  const auto notOpened = [&log](const std::string& address, int code) {
+    const std::string note = "[KELPIN]:nothing was opened for a " +
+                             address.substr(0, address.find(':') + 1) +
+                             " address; xdg-open ended with " + std::to_string(code) + ".\r\n";
+    log->DebugOutput(QString::fromStdString(note).toStdU16String());
   };
   const std::unique_ptr<platform::Telephone> telephone =
-      FindAdapter(kCallsAdapters, options.calls)->open(tell, why);
+      FindAdapter(kCallsAdapters, options.calls)->open({tell, notOpened}, why);
   if (telephone == nullptr) {
     return fail("--calls " + options.calls + ": " + why);
   }
@@ -628,7 +641,8 @@ int Start(const Options& options, char* programName, SteadyTime start) {
   desktop::DesktopPrograms programs({.dataFolders = desktop::DataFolders(desktop::ProgramFolder()),
                                      .languages = desktop::WantedLanguages(),
                                      .helpSection = [&screen] { return screen.HelpSection(); },
-                                     .helpFailed = tell});
+                                     .helpFailed = tell,
+                                     .messageFailed = notOpened});
   desktop::SteadyClock clock;
 
   bool saved = !picture;

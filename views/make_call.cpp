@@ -10,10 +10,13 @@
 namespace kelpin::views {
 namespace {
 
-constexpr std::u16string_view kServiceCharacters = u"*#";
+// Digits and what may stand between them: a number of these alone is no service code. Anything else
+// is asked about, also what only looks like a star or a hash to one telephone and is one to
+// another.
+constexpr std::u16string_view kPlainCharacters = u"0123456789+pPwW";
 
 bool MayDial(app::AppState& state, ui::WindowHandle owner, std::u16string_view number) {
-  if (number.find_first_of(kServiceCharacters) == std::u16string_view::npos) {
+  if (number.find_first_not_of(kPlainCharacters) == std::u16string_view::npos) {
     return true;
   }
   const std::u16string question =

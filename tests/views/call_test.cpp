@@ -1,5 +1,6 @@
 #include "tests/views/call_fixture.h"
 #include "views/call_and_send.h"
+#include "views/make_call.h"
 
 namespace kelpin::views {
 namespace {
@@ -192,6 +193,59 @@ TEST_F(CallCommandTest, ANumberWithAServiceCodeIsShownAndDialledAfterAYesAlone) 
   device.screen.ScriptBox(ui::BoxAnswer::kYes);
   Dialog().Command(kCall);
   EXPECT_THAT(Called(), ElementsAre(u"*21*0900123#"));
+}
+
+TEST_F(CallCommandTest, WhatMayBeAServiceCodeIsAskedAboutInFullAndNothingElseIs) {
+  OpenMain();
+  const std::u16string longest = u"*21*" + std::u16string(250, u'7') + u"#";
+  for (const std::u16string& number :
+       {std::u16string(u"*100#"), std::u16string(u"12#"), std::u16string(u"**4"),
+        std::u16string(u"+49*1"), std::u16string(u"0p*21#"), std::u16string(u"* 21 #"),
+        std::u16string(u"\uFF0A21\uFF03"), std::u16string(u"\u066D21"),
+        std::u16string(u"\u0661\u0662"), std::u16string(u"\uFF11"), std::u16string(u"12 34"),
+        std::u16string(u"1?2"), longest}) {
+    device.screen.ScriptDismissBox();
+    MakeCall(*state, state->mainDialog, u"Anna", number);
+    ASSERT_FALSE(Boxes().empty()) << testing::PrintToString(number);
+    EXPECT_EQ(Boxes().back().text.find(u"Dial " + number + u"?"), 0u);
+  }
+  EXPECT_THAT(Called(), IsEmpty());
+  const std::size_t asked = Boxes().size();
+  for (const std::u16string_view number : {u"112", u"+491711234567", u"12p34", u"12P3w4W5", u"0"}) {
+    MakeCall(*state, state->mainDialog, u"Anna", number);
+    ASSERT_FALSE(Called().empty());
+    EXPECT_EQ(Called().back(), number);
+  }
+  EXPECT_EQ(Boxes().size(), asked);
+}
+
+TEST_F(CallCommandTest, AServiceCodeThatIsChosenIsAskedAboutInFrontOfTheChooser) {
+  SetRecord(6, 1, {0x00, 0x03, 0x81, 0x1A, 0xB2});  // *12#
+  OpenMain();
+  SelectEntry(1);
+  ShowChooser([&](ui::Dialog& dialog, ui::ListView& list) {
+    device.screen.ScriptBox(ui::BoxAnswer::kNo);
+    list.Click(1, 0, ui::kNoModifier);
+    ASSERT_EQ(Boxes().size(), 1u);
+    EXPECT_EQ(Boxes()[0].owner, dialog.Handle());
+    EXPECT_EQ(Boxes()[0].text.find(u"Dial *12#?"), 0u);
+    EXPECT_THAT(Called(), IsEmpty());
+    EXPECT_FALSE(dialog.Ended());
+    device.screen.ScriptBox(ui::BoxAnswer::kYes);
+    dialog.PressSoftKey(0);
+    EXPECT_THAT(Called(), ElementsAre(u"*12#"));
+  });
+}
+
+// The chosen row is the mark's, which presses and keys take along.
+TEST_F(CallCommandTest, TheRowAtTheSelectionMarkIsCalled) {
+  OpenMain();
+  SelectEntry(1);
+  ShowChooser([&](ui::Dialog& dialog, ui::ListView& list) {
+    list.SetSelectionMark(2);
+    dialog.PressSoftKey(0);
+    EXPECT_THAT(Called(), ElementsAre(u"+4917"));
+  });
 }
 
 TEST_F(CallCommandTest, ATelephoneThatTakesNoCallIsNotReported) {

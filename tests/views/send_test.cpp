@@ -1,5 +1,8 @@
 #include "tests/views/call_fixture.h"
+#include "views/call_and_send.h"
 #include "views/compose_message.h"
+#include "views/value_chooser.h"
+#include "views/view_dialog.h"
 
 namespace kelpin::views {
 namespace {
@@ -42,17 +45,110 @@ TEST_F(SendCommandTest, TheChooserListsNumbersAndEmailFromTheTop) {
   });
 }
 
-TEST_F(SendCommandTest, TheRowsComeOnAMessageOfItsOwn) {
+// A chooser with numbers of its own, that looks at itself when it has been initialised.
+class WatchedChooser final : public ValueChooser {
+ public:
+  explicit WatchedChooser(app::AppState& state)
+      : ValueChooser(state,
+                     {kChooser, 363, 1073, 1074, 1077, 1078, res::kTextSendChooser,
+                      res::kStringContact, 0x046B},
+                     {{u"1"}, {u""}, {u"2"}}) {}
+
+  void OnInit(ui::Dialog& dialog) override {
+    ValueChooser::OnInit(dialog);
+    rowsAtFirst = dialog.List(1074)->ItemCount();
+  }
+  void OnMessage(ui::Dialog& dialog, std::uint32_t message, std::uint32_t first,
+                 std::uint32_t second) override {
+    ValueChooser::OnMessage(dialog, message, first, second);
+    messages.push_back(message);
+    rows = dialog.List(1074)->ItemCount();
+  }
+
+  int rowsAtFirst = -1;
+  int rows = -1;
+  std::vector<std::uint32_t> messages;
+
+ private:
+  void Chosen(ui::Dialog& /*dialog*/, const Value& /*value*/) override {}
+};
+
+TEST_F(SendCommandTest, TheDialogShowsBeforeItsRowsComeOnAMessageOfItsOwn) {
+  OpenMain();
+  WatchedChooser chooser(*state);
+  device.screen.ScriptDialog(kChooser, [&](ui::Dialog& dialog) {
+    device.screen.RunPending();
+    dialog.Close();
+  });
+  EXPECT_EQ(RunDialog(*state, kChooser, state->mainDialog, chooser), 16);
+  EXPECT_EQ(chooser.rowsAtFirst, 0);
+  EXPECT_THAT(chooser.messages, ElementsAre(0x046B));
+  EXPECT_EQ(chooser.rows, 2);
+}
+
+TEST_F(SendCommandTest, NothingOfTheLastEntryIsLeftInTheNext) {
   OpenMain();
   SelectEntry(1);
-  device.screen.ScriptDialog(kChooser, [&](ui::Dialog& dialog) { dialog.Close(); });
-  Dialog().Command(kSend);
-  ShowChooser([&](ui::Dialog& dialog, ui::ListView& list) {
-    list.DeleteAllItems();
-    dialog.PostMessage(0x046B);
+  ShowChooser([](ui::Dialog&, ui::ListView& list) { EXPECT_EQ(list.ItemCount(), 4); });
+  SelectEntry(2);
+  ShowChooser(
+      [](ui::Dialog&, ui::ListView& list) { EXPECT_THAT(RowsOf(list), ElementsAre(u"222")); });
+}
+
+TEST_F(SendCommandTest, WithoutASelectionTheFocusedRowIsTakenAndWithoutBothNone) {
+  OpenMain();
+  SelectEntry(2);
+  List().SetItemState(-1, 0, ui::kItemSelected);
+  bool shown = false;
+  device.screen.ScriptDialog(kChooser, [&](ui::Dialog& dialog) {
     device.screen.RunPending();
-    EXPECT_EQ(list.ItemCount(), 4);
+    shown = true;
+    EXPECT_THAT(RowsOf(*dialog.List(1074)), ElementsAre(u"222"));
+    dialog.Close();
   });
+  SendToSelectedEntry(*state);
+  EXPECT_TRUE(shown);
+  List().DeleteAllItems();
+  device.journal.Clear();
+  SendToSelectedEntry(*state);  // a chooser that opened would have no script and fail
+  EXPECT_EQ(Calls("SimGetPhonebookStatus"), 0u);
+}
+
+TEST_F(SendCommandTest, ACardThatIsNotReadyIsNotWrittenFrom) {
+  OpenMain();
+  SelectEntry(1);
+  device.radio.ClearCommands();
+  device.sim.SetResult("SimGetPhonebookStatus", platform::SimResult::kSimBusy);
+  Dialog().Command(kSend);
+  EXPECT_THAT(BoxTexts(), ElementsAre(u"SIM is busy."));
+  EXPECT_THAT(FieldsRead(), IsEmpty());
+  EXPECT_FALSE(device.screen.WaitCursor());
+}
+
+TEST_F(SendCommandTest, BeyondLocation1000NothingButTheNumberIsOffered) {
+  OpenMain();
+  SelectEntry(1001);
+  device.radio.ClearCommands();
+  ShowChooser(
+      [&](ui::Dialog&, ui::ListView& list) { EXPECT_THAT(RowsOf(list), ElementsAre(u"444")); });
+  EXPECT_THAT(FieldsRead(), IsEmpty());
+}
+
+TEST_F(SendCommandTest, AnEmailThatCannotBeReadIsNotOffered) {
+  OpenMain();
+  SelectEntry(1);
+  device.radio.SetResponder([](const test::FakeRadio::Command& command) {
+    std::optional<test::FakeRadio::Answer> answer;
+    if (command.block.size() == 288 && command.block[8] == platform::kRilSimReadRecord &&
+        command.block[12] == 2) {
+      answer.emplace().code = platform::kRilResultError;
+    }
+    return answer;
+  });
+  ShowChooser([&](ui::Dialog&, ui::ListView& list) {
+    EXPECT_THAT(RowsOf(list), ElementsAre(u"+49111", u"0123", u"+4917"));
+  });
+  EXPECT_TRUE(Boxes().empty());
 }
 
 TEST_F(SendCommandTest, AnEntryWithItsNumberAloneStillShowsTheChooser) {
@@ -80,9 +176,13 @@ TEST_F(SendCommandTest, EveryWayOfChoosingKeepsTheChooserOpen) {
   ShowChooser([&](ui::Dialog& dialog, ui::ListView& list) {
     dialog.PressSoftKey(0);
     EXPECT_EQ(Started().size(), 1u);
+    EXPECT_FALSE(dialog.HotKey(0x72, ui::kControl));
     EXPECT_TRUE(dialog.HotKey(0x72, ui::kNoModifier));
     EXPECT_EQ(Started().size(), 2u);
     list.KeyDown({ui::Key::kEnter, ui::kNoModifier});
+    EXPECT_EQ(Started().size(), 3u);
+    list.Click(3, 0, ui::kControl);  // two rows are selected now
+    EXPECT_EQ(list.SelectedCount(), 2);
     EXPECT_EQ(Started().size(), 3u);
     list.Click(3, 0, ui::kNoModifier);
     EXPECT_EQ(Started().size(), 4u);
@@ -103,6 +203,24 @@ TEST_F(SendCommandTest, EveryWayOfChoosingKeepsTheChooserOpen) {
     });
   }
   EXPECT_EQ(Started().size(), 5u);
+}
+
+TEST_F(SendCommandTest, TheChooserHelpsAndIsLaidOutWhenEitherSideChangesAndOnlyThen) {
+  OpenMain();
+  SelectEntry(1);
+  ShowChooser([&](ui::Dialog& dialog, ui::ListView& list) {
+    dialog.Help();
+    EXPECT_EQ(Calls(kHelp), 1u);
+    const ui::Size size = dialog.ClientSize();
+    dialog.Resize({size.width + 20, size.height});
+    EXPECT_EQ(dialog.Bounds(1074).width, size.width + 20);
+    EXPECT_EQ(WidthsOf(list), std::vector<int>{size.width + 20});
+    dialog.Resize({size.width + 20, size.height + 20});
+    EXPECT_EQ(dialog.Bounds(1074).y + dialog.Bounds(1074).height, size.height + 20);
+    dialog.SetBounds(1074, {1, 2, 3, 4});
+    dialog.Resize({size.width + 20, size.height + 20});
+    EXPECT_EQ(dialog.Bounds(1074), (ui::Rect{1, 2, 3, 4}));
+  });
 }
 
 TEST_F(SendCommandTest, ByTheMessagingProgram) {

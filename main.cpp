@@ -38,6 +38,7 @@
 #include "device/card/sim_service.h"
 #include "device/contacts/contact_list.h"
 #include "device/contacts/sqlite/sqlite_store.h"
+#include "device/contacts/trouble.h"
 #include "device/desktop/desktop_programs.h"
 #include "device/desktop/desktop_telephone.h"
 #include "device/desktop/language_files.h"
@@ -147,13 +148,18 @@ constexpr Adapter<card::CardChannel> kSimAdapters[] = {
      OpenCardReader},
 };
 
-std::unique_ptr<platform::ContactsStore> OpenSqlite(const std::string& file, std::string& why) {
-  return device::contacts::SqliteStore::Open(file, why);
+using ContactsTrouble = device::contacts::TroubleListener;
+
+std::unique_ptr<platform::ContactsStore> OpenSqlite(const std::string& file,
+                                                    ContactsTrouble trouble, std::string& why) {
+  return device::contacts::SqliteStore::Open(file, why, std::move(trouble));
 }
 
-std::unique_ptr<platform::ContactsStore> OpenEds(const std::string& book, std::string& why) {
+std::unique_ptr<platform::ContactsStore> OpenEds(const std::string& book,
+                                                 [[maybe_unused]] ContactsTrouble trouble,
+                                                 std::string& why) {
 #if KELPIN_HAS_EDS
-  return device::contacts::EdsStore::Open(book, why);
+  return device::contacts::EdsStore::Open(book, why, std::move(trouble));
 #else
   why = "this Kelpin was built without the desktop's contacts" +
         (book.empty() ? std::string() : " (eds:" + book + ")") +
@@ -162,7 +168,16 @@ std::unique_ptr<platform::ContactsStore> OpenEds(const std::string& book, std::s
 #endif
 }
 
-constexpr Adapter<platform::ContactsStore> kContactsAdapters[] = {
+struct ContactsAdapter {
+  const char* name;
+  bool needsArgument;
+  const char* help;
+  // As above. `trouble` is told, on any thread, what goes wrong later.
+  std::unique_ptr<platform::ContactsStore> (*open)(const std::string& argument,
+                                                   ContactsTrouble trouble, std::string& why);
+};
+
+constexpr ContactsAdapter kContactsAdapters[] = {
     {"sqlite", true, "sqlite:FILE  contacts kept in FILE", OpenSqlite},
     {"eds", false, "eds[:BOOK]  the desktop's contacts (Evolution Data Server)", OpenEds},
 };
@@ -238,11 +253,10 @@ const Row* FindAdapter(const Row (&adapters)[kCount], const std::string& name) {
 }
 
 // Empty when the text names one, else what is wrong with it.
-template <class Needed, std::size_t kCount>
-std::string CheckAdapter(const Adapter<Needed> (&adapters)[kCount], const char* kind,
-                         const std::string& text) {
+template <class Row, std::size_t kCount>
+std::string CheckAdapter(const Row (&adapters)[kCount], const char* kind, const std::string& text) {
   const AdapterText parts(text);
-  const Adapter<Needed>* const adapter = FindAdapter(adapters, parts.name);
+  const Row* const adapter = FindAdapter(adapters, parts.name);
   if (adapter == nullptr) {
     return std::string("no such kind of ") + kind + ": \"" + parts.name + '"';
   }
@@ -369,27 +383,29 @@ std::unique_ptr<platform::ContactsStore> OpenSampleContacts(const fs::path& file
   return store != nullptr && store->AddAll(people, why) ? std::move(store) : nullptr;
 }
 
-bool OpenContacts(const Options& options, const desktop::Folders& folders, Device& device,
-                  std::string& why) {
+bool OpenContacts(const Options& options, const desktop::Folders& folders,
+                  const ContactsTrouble& trouble, Device& device, std::string& why) {
   if (!options.contacts.empty()) {
     const AdapterText chosen(options.contacts);
-    device.contacts = FindAdapter(kContactsAdapters, chosen.name)->open(chosen.argument, why);
+    device.contacts =
+        FindAdapter(kContactsAdapters, chosen.name)->open(chosen.argument, trouble, why);
   } else if (options.demo) {
     device.contacts = OpenSampleContacts(device.scratch.Path() / "contacts.db", why);
   } else if (desktop::MakePrivateFolder(folders.data, why)) {
-    device.contacts = OpenSqlite((folders.data / "contacts.db").string(), why);
+    device.contacts = OpenSqlite((folders.data / "contacts.db").string(), trouble, why);
   }
   return device.contacts != nullptr;
 }
 
-bool OpenDevice(const Options& options, const desktop::Folders& folders, Device& device,
-                std::string& why) {
+bool OpenDevice(const Options& options, const desktop::Folders& folders,
+                const ContactsTrouble& trouble, Device& device, std::string& why) {
   if (options.demo && !device.scratch.Make(folders.runtime, why)) {
     return false;
   }
   device.kernel = kernel::Kernel::Open(folders.runtime, why);
   return device.kernel != nullptr && OpenRegistry(options, folders, device, why) &&
-         OpenCard(options, folders, device, why) && OpenContacts(options, folders, device, why);
+         OpenCard(options, folders, device, why) &&
+         OpenContacts(options, folders, trouble, device, why);
 }
 
 std::unique_ptr<desktop::SpdlogLog> OpenLog(const desktop::Folders& folders) {
@@ -629,7 +645,7 @@ int Start(const Options& options, char* programName, SteadyTime start) {
     return fail("--calls " + options.calls + ": " + why);
   }
   Device device;
-  if (!OpenDevice(options, folders, device, why)) {
+  if (!OpenDevice(options, folders, tell, device, why)) {
     return fail(why);
   }
   card::SimService card(*device.channel);

@@ -15,12 +15,38 @@ namespace {
 
 // As long as it takes; every other value waits that long in a program without a running main loop.
 constexpr guint32 kNoWaitForConnection = std::numeric_limits<guint32>::max();
+constexpr int kOwnPatience = -1;      // what the bus has for a call
 constexpr int kConflictPatience = 5;  // saves in a row that others may be faster with
 
-ComResult ResultOf(const ErrorHolder& error) {
-  return g_error_matches(error.taken, E_BOOK_CLIENT_ERROR, E_BOOK_CLIENT_ERROR_CONTACT_NOT_FOUND)
-             ? ComResult::kNotFound
-             : ComResult::kFail;
+constexpr const char* kCannotRead = "its contacts cannot be read";
+constexpr const char* kCannotChange = "its contacts cannot be changed";
+// A book of an account that was not reached yet looks like one that may only be read.
+constexpr const char* kAccountAdvice =
+    "If it belongs to an online account, open the desktop's contacts program, see that the network "
+    "is there and the account has its password, and try again";
+
+bool IsGone(const ErrorHolder& error) {
+  return g_error_matches(error.taken, E_BOOK_CLIENT_ERROR, E_BOOK_CLIENT_ERROR_CONTACT_NOT_FOUND);
+}
+
+// Why a call failed, for the user, and what to do.
+std::string Reason(const ErrorHolder& error) {
+  const auto is = [&error](EClientError code) {
+    return g_error_matches(error.taken, E_CLIENT_ERROR, code) != FALSE;
+  };
+  if (is(E_CLIENT_ERROR_PERMISSION_DENIED)) {
+    return std::string("it can only be read. ") + kAccountAdvice;
+  }
+  if (is(E_CLIENT_ERROR_AUTHENTICATION_REQUIRED) || is(E_CLIENT_ERROR_AUTHENTICATION_FAILED)) {
+    return "it needs its password. Give it in the desktop's contacts program and try again";
+  }
+  if (is(E_CLIENT_ERROR_REPOSITORY_OFFLINE) || is(E_CLIENT_ERROR_OFFLINE_UNAVAILABLE)) {
+    return "it is offline. See that the network is there and try again";
+  }
+  if (error.taken != nullptr) {
+    g_dbus_error_strip_remote_error(error.taken);
+  }
+  return error.Message();
 }
 
 bool IsConflict(const ErrorHolder& error) {
@@ -58,6 +84,36 @@ ObjectPointer<ESource> FindBook(ESourceRegistry* registry, const std::string& bo
   return found;
 }
 
+constexpr const char* kSourceInterface = "org.gnome.evolution.dataserver.Source";
+
+// A server goes on taking contacts for a book that was taken away, and they go with the book.
+bool IsStillThere(ESource* source) {
+  const ObjectPointer<GDBusObject> object(e_source_ref_dbus_object(source));
+  if (object == nullptr) {
+    return false;
+  }
+  const ObjectPointer<GDBusInterface> proxy(
+      g_dbus_object_get_interface(object.get(), kSourceInterface));
+  if (proxy == nullptr) {
+    return false;
+  }
+  GVariant* const reply = g_dbus_proxy_call_sync(
+      reinterpret_cast<GDBusProxy*>(proxy.get()), "org.freedesktop.DBus.Properties.Get",
+      g_variant_new("(ss)", kSourceInterface, "UID"), G_DBUS_CALL_FLAGS_NONE, kOwnPatience, nullptr,
+      nullptr);
+  if (reply == nullptr) {
+    return false;
+  }
+  GVariant* value = nullptr;
+  g_variant_get(reply, "(v)", &value);
+  const bool same =
+      g_variant_is_of_type(value, G_VARIANT_TYPE_STRING) != FALSE &&
+      std::string_view(g_variant_get_string(value, nullptr)) == e_source_get_uid(source);
+  g_variant_unref(value);
+  g_variant_unref(reply);
+  return same;
+}
+
 // The server compares without letter case and accents, and loses some blanks.
 bool MayBeMissed(std::string_view text) {
   bool blankBefore = true;
@@ -88,7 +144,7 @@ std::string FileAsQuery(const std::string& fileAs) {
 }  // namespace
 
 std::shared_ptr<EdsBook> EdsBook::Open(const std::string& book, std::shared_ptr<EdsShared> shared,
-                                       std::string& why) {
+                                       std::string& why, TroubleListener trouble) {
   ErrorHolder error;
   const ObjectPointer<ESourceRegistry> registry(e_source_registry_new_sync(nullptr, &error.taken));
   if (registry == nullptr) {
@@ -105,10 +161,28 @@ std::shared_ptr<EdsBook> EdsBook::Open(const std::string& book, std::shared_ptr<
       e_book_client_connect_sync(source.get(), kNoWaitForConnection, nullptr, &error.taken)));
   if (client == nullptr) {
     why = std::string("the address book ") + e_source_get_display_name(source.get()) +
-          " cannot be opened: " + error.Message();
+          " cannot be opened: " + Reason(error);
     return nullptr;
   }
-  return std::make_shared<EdsBook>(std::move(client), std::move(shared));
+  return std::make_shared<EdsBook>(std::move(client), std::move(shared),
+                                   e_source_get_display_name(source.get()), std::move(trouble));
+}
+
+ComResult EdsBook::Fail(const char* what, const ErrorHolder& error) {
+  if (IsGone(error)) {
+    return ComResult::kNotFound;
+  }
+  trouble_.Add("the address book " + name_ + ": " + what + ": " + Reason(error));
+  return ComResult::kFail;
+}
+
+ComResult EdsBook::EndSave() {
+  if (IsStillThere(e_client_get_source(E_CLIENT(client_.get())))) {
+    return ComResult::kOk;
+  }
+  trouble_.Add("the address book " + name_ +
+               " was taken away. Choose another one: start Kelpin with --contacts eds:BOOK");
+  return ComResult::kFail;
 }
 
 ComResult EdsBook::Numbers(std::vector<std::int32_t>& numbers) {
@@ -116,13 +190,17 @@ ComResult EdsBook::Numbers(std::vector<std::int32_t>& numbers) {
   GSList* uids = nullptr;
   const std::uint32_t membership = shared_->membership;
   if (!e_book_client_get_contacts_uids_sync(client_.get(), "", &uids, nullptr, &error.taken)) {
-    return ComResult::kFail;
+    return Fail(kCannotRead, error);
   }
   numbers.clear();
   for (const gchar* uid : Each<gchar>(uids)) {
     numbers.push_back(shared_->numbers.NumberOf(uid));
   }
   g_slist_free_full(uids, g_free);
+  if (numbers.empty() && e_client_is_readonly(E_CLIENT(client_.get())) != FALSE) {
+    trouble_.Add("the address book " + name_ + " shows no contacts and can only be read. " +
+                 kAccountAdvice);
+  }
   std::sort(numbers.begin(), numbers.end());
   known_ = numbers;
   knownAt_ = membership;
@@ -137,7 +215,7 @@ ComResult EdsBook::Fetch(std::int32_t number, ObjectPointer<EContact>& contact) 
   ErrorHolder error;
   EContact* found = nullptr;
   if (!e_book_client_get_contact_sync(client_.get(), uid.c_str(), &found, nullptr, &error.taken)) {
-    return ResultOf(error);
+    return Fail(kCannotRead, error);
   }
   contact.reset(found);
   return ComResult::kOk;
@@ -148,6 +226,7 @@ bool EdsBook::Query(const std::string& query, std::vector<ObjectPointer<EContact
   GSList* found = nullptr;
   if (!e_book_client_get_contacts_sync(client_.get(), query.c_str(), &found, nullptr,
                                        &error.taken)) {
+    static_cast<void>(Fail(kCannotRead, error));
     return false;
   }
   for (EContact* contact : Each<EContact>(found)) {
@@ -258,13 +337,13 @@ ComResult EdsBook::Add(const ContactRecord& record, std::int32_t& number) {
   gchar* uid = nullptr;
   if (!e_book_client_add_contact_sync(client_.get(), contact.get(), E_BOOK_OPERATION_FLAG_NONE,
                                       &uid, nullptr, &error.taken)) {
-    return ComResult::kFail;
+    return Fail(kCannotChange, error);
   }
   const TextPointer added(uid);
   number = shared_->numbers.NumberOf(added.get());
   ++shared_->membership;
   ++shared_->changes;
-  return ComResult::kOk;
+  return EndSave();
 }
 
 ComResult EdsBook::Change(std::int32_t number, const ContactRecord& record,
@@ -281,10 +360,10 @@ ComResult EdsBook::Change(std::int32_t number, const ContactRecord& record,
                                           E_BOOK_OPERATION_FLAG_CONFLICT_FAIL, nullptr,
                                           &error.taken)) {
       ++shared_->changes;
-      return ComResult::kOk;
+      return EndSave();
     }
     if (!IsConflict(error) || attempt == kConflictPatience) {
-      return ResultOf(error);
+      return Fail(kCannotChange, error);
     }
   }
 }
@@ -299,7 +378,7 @@ ComResult EdsBook::Delete(std::int32_t number) {
   if (!e_book_client_remove_contact_by_uid_sync(
           client_.get(), shared_->numbers.UidOf(number).c_str(), E_BOOK_OPERATION_FLAG_NONE,
           nullptr, &error.taken)) {
-    return ResultOf(error);
+    return Fail(kCannotChange, error);
   }
   ++shared_->membership;
   ++shared_->changes;

@@ -14,6 +14,7 @@
 #include "device/contacts/contact_book.h"
 #include "device/contacts/eds/glib_pointers.h"
 #include "device/contacts/eds/number_table.h"
+#include "device/contacts/trouble.h"
 
 namespace kelpin::device::contacts {
 
@@ -27,11 +28,16 @@ struct EdsShared {
 // A session on an address book of the Evolution Data Server.
 class EdsBook final : public ContactBook {
  public:
-  // `book` is the uid or the name of an address book; the user's default one when it is empty.
+  // `book` is the uid or the name of an address book; the user's default one when it is empty. What
+  // cannot be read or saved later is told to `trouble`.
   static std::shared_ptr<EdsBook> Open(const std::string& book, std::shared_ptr<EdsShared> shared,
-                                       std::string& why);
-  EdsBook(ObjectPointer<EBookClient> client, std::shared_ptr<EdsShared> shared)
-      : client_(std::move(client)), shared_(std::move(shared)) {}
+                                       std::string& why, TroubleListener trouble = {});
+  EdsBook(ObjectPointer<EBookClient> client, std::shared_ptr<EdsShared> shared, std::string name,
+          TroubleListener trouble)
+      : client_(std::move(client)),
+        shared_(std::move(shared)),
+        name_(std::move(name)),
+        trouble_(std::move(trouble)) {}
 
   platform::ComResult Numbers(std::vector<std::int32_t>& numbers) override;
   platform::ComResult Read(std::span<const std::int32_t> numbers,
@@ -52,9 +58,15 @@ class EdsBook final : public ContactBook {
   std::int32_t LowestMatch(const std::vector<ObjectPointer<EContact>>& contacts,
                            std::string_view fileAs);
   platform::ComResult PositionOf(std::int32_t number, std::int32_t& position);
+  // What a save that the server took comes to.
+  platform::ComResult EndSave();
+  // What a call ended with; notes what is worth telling.
+  platform::ComResult Fail(const char* what, const ErrorHolder& error);
 
   ObjectPointer<EBookClient> client_;
   std::shared_ptr<EdsShared> shared_;
+  const std::string name_;  // the address book's, as programs show it
+  TroubleNote trouble_;
   // The numbers as they were at a count of `membership`, for positions.
   std::vector<std::int32_t> known_;
   std::optional<std::uint32_t> knownAt_;

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "device/contacts/object_store.h"
+#include "device/contacts/trouble.h"
 
 namespace kelpin::device::contacts {
 
@@ -15,16 +16,19 @@ struct EdsShared;
 class EdsStore final : public ObjectStore {
  public:
   // `book` is the uid or the name of an address book; the user's default one when it is empty. Null
-  // when the server or the book cannot be reached: `why` says why and what to do.
-  static std::unique_ptr<EdsStore> Open(const std::string& book, std::string& why);
+  // when the server or the book cannot be reached: `why` says why and what to do. What goes wrong
+  // later is told to `trouble`.
+  static std::unique_ptr<EdsStore> Open(const std::string& book, std::string& why,
+                                        TroubleListener trouble = {});
   ~EdsStore() override;
 
   std::shared_ptr<ContactBook> OpenBook() override;
 
  private:
-  EdsStore(std::string book, std::shared_ptr<EdsShared> shared);
+  EdsStore(std::string book, std::shared_ptr<EdsShared> shared, TroubleListener trouble);
 
   const std::string book_;
+  const TroubleListener trouble_;
   const std::shared_ptr<EdsShared> shared_;
 };
 

@@ -14,6 +14,7 @@
 #include <thread>
 
 #include "device/contacts/contact_record.h"
+#include "device/contacts/sqlite/file_trouble.h"
 
 namespace kelpin::device::contacts {
 
@@ -33,6 +34,7 @@ constexpr std::size_t kApplicationOffset = 68;
 // Larger files are looked through as they are read, not at the start, which would take long.
 constexpr std::int64_t kLargestLookedThrough = 4 * 1024 * 1024;
 constexpr std::chrono::milliseconds kPause(10);
+constexpr const char* kCannotOpen = "the contacts file cannot be opened";
 
 // An oid is never given out again (AUTOINCREMENT) and fits into 31 bits.
 std::string TableSql() {
@@ -168,7 +170,13 @@ std::string SchemaOf(Database& database, const char* name) {
   return statement.Step() == SQLITE_ROW ? statement.Text(0) : std::string();
 }
 
-bool CheckContent(const std::string& path, Database& database, std::string& why) {
+bool RefuseFor(const std::string& path, const char* what, const Database& database,
+               std::string& why) {
+  why = FileTrouble(path, what, database);
+  return false;
+}
+
+bool CheckTables(const std::string& path, Database& database, std::string& why) {
   const std::int64_t version = database.Number("PRAGMA user_version", -1);
   if (version > kSchemaVersion) {
     return RefuseNewer(path, why);
@@ -188,6 +196,16 @@ bool CheckContent(const std::string& path, Database& database, std::string& why)
     return RefuseDamaged(path, found.empty() ? database.Problem() : found, why);
   }
   return true;
+}
+
+// All of it as it is at one moment.
+bool CheckContent(const std::string& path, Database& database, std::string& why) {
+  if (database.Run("BEGIN; SELECT count(*) FROM sqlite_schema") != SQLITE_OK) {
+    return RefuseFor(path, kCannotOpen, database, why);
+  }
+  const bool good = CheckTables(path, database, why);
+  static_cast<void>(database.Run("ROLLBACK"));
+  return good;
 }
 
 bool IsDamage(int result) {
@@ -214,10 +232,10 @@ bool PrepareContactsFile(const std::string& path, std::string& why) {
                   why);
   }
   if (result != SQLITE_OK) {
-    return Refuse(path, "the contacts file cannot be opened: " + database.Problem(), why);
+    return RefuseFor(path, kCannotOpen, database, why);
   }
   if (database.Number("SELECT count(*) FROM sqlite_schema", -1) == 0 && !MakeTables(database)) {
-    return Refuse(path, "the contacts file cannot be made: " + database.Problem(), why);
+    return RefuseFor(path, "the contacts file cannot be made", database, why);
   }
   if (!CheckContent(path, database, why)) {
     return false;
@@ -226,9 +244,11 @@ bool PrepareContactsFile(const std::string& path, std::string& why) {
   return true;
 }
 
-bool IsContactsFile(Database& database) {
-  return database.Number("PRAGMA application_id", -1) == kApplicationId &&
+int IsContactsFile(Database& database, bool& ours) {
+  const int result = database.Run("PRAGMA application_id");
+  ours = result == SQLITE_OK && database.Number("PRAGMA application_id", -1) == kApplicationId &&
          database.Number("PRAGMA user_version", -1) == kSchemaVersion;
+  return result == SQLITE_NOTADB ? SQLITE_OK : result;
 }
 
 }  // namespace kelpin::device::contacts

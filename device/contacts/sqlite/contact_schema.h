@@ -18,7 +18,8 @@ extern const char* const kTextColumns[];
 // the file, the reason and what to do.
 [[nodiscard]] bool PrepareContactsFile(const std::string& path, std::string& why);
 
-// Whether the database, found at a path that was prepared, is what was prepared there.
-[[nodiscard]] bool IsContactsFile(Database& database);
+// Whether the database, found at a path that was prepared, is what was prepared there. SQLITE_OK or
+// why that cannot be seen.
+[[nodiscard]] int IsContactsFile(Database& database, bool& ours);
 
 }  // namespace kelpin::device::contacts

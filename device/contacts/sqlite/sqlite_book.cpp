@@ -2,14 +2,19 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 #include "device/contacts/sqlite/contact_schema.h"
+#include "device/contacts/sqlite/file_trouble.h"
 
 namespace kelpin::device::contacts {
 
 using platform::ComResult;
 
 namespace {
+
+constexpr const char* kCannotRead = "the contacts cannot be read";
+constexpr const char* kCannotChange = "the contacts cannot be changed";
 
 std::string TextColumnList() {
   std::string list;
@@ -27,17 +32,41 @@ std::string AddSql() {
   return sql + ")";
 }
 
-// Runs a statement that gives no rows.
-ComResult Finish(Statement& statement) {
-  return statement.Step() == SQLITE_DONE ? ComResult::kOk : ComResult::kFail;
-}
-
 }  // namespace
 
-std::shared_ptr<SqliteBook> SqliteBook::Open(const std::string& path) {
-  auto book = std::make_shared<SqliteBook>();
-  return book->database_.Open(path) == SQLITE_OK && IsContactsFile(book->database_) ? book
-                                                                                    : nullptr;
+SqliteBook::SqliteBook(std::string path, TroubleListener trouble)
+    : path_(std::move(path)), trouble_(std::move(trouble)) {}
+
+std::shared_ptr<SqliteBook> SqliteBook::Open(const std::string& path, std::string& why,
+                                             TroubleListener trouble) {
+  auto book = std::make_shared<SqliteBook>(path, std::move(trouble));
+  if (book->database_.Open(path) != SQLITE_OK) {
+    why = FileTrouble(path, "the contacts file cannot be opened", book->database_);
+    return nullptr;
+  }
+  bool ours = false;
+  if (IsContactsFile(book->database_, ours) != SQLITE_OK) {
+    why = FileTrouble(path, "the contacts file cannot be read", book->database_);
+    return nullptr;
+  }
+  if (!ours) {
+    why = path +
+          ": another file has taken the place of the contacts file. Put that back and try again";
+    return nullptr;
+  }
+  return book;
+}
+
+ComResult SqliteBook::Finish(Statement& statement) {
+  if (statement.Step() == SQLITE_DONE) {
+    return ComResult::kOk;
+  }
+  return Fail(kCannotChange);
+}
+
+ComResult SqliteBook::Fail(const char* what) {
+  trouble_.Add(FileTrouble(path_, what, database_));
+  return ComResult::kFail;
 }
 
 ComResult SqliteBook::Numbers(std::vector<std::int32_t>& numbers) {
@@ -45,7 +74,7 @@ ComResult SqliteBook::Numbers(std::vector<std::int32_t>& numbers) {
   if (!numbers_.Prepare(database_,
                         "SELECT oid FROM contact NOT INDEXED "
                         "WHERE oid BETWEEN 1 AND 2147483647 ORDER BY oid")) {
-    return ComResult::kFail;
+    return Fail(kCannotRead);
   }
   const StatementRun run(numbers_);
   numbers.clear();
@@ -53,7 +82,7 @@ ComResult SqliteBook::Numbers(std::vector<std::int32_t>& numbers) {
   while ((result = numbers_.Step()) == SQLITE_ROW) {
     numbers.push_back(static_cast<std::int32_t>(numbers_.Integer(0)));
   }
-  return result == SQLITE_DONE ? ComResult::kOk : ComResult::kFail;
+  return result == SQLITE_DONE ? ComResult::kOk : Fail(kCannotRead);
 }
 
 ComResult SqliteBook::Read(std::span<const std::int32_t> numbers,
@@ -64,7 +93,7 @@ ComResult SqliteBook::Read(std::span<const std::int32_t> numbers,
   }
   if (!read_.Prepare(database_, "SELECT oid," + TextColumnList() +
                                     " FROM contact WHERE oid BETWEEN ?1 AND ?2 ORDER BY oid")) {
-    return ComResult::kFail;
+    return Fail(kCannotRead);
   }
   const StatementRun run(read_);
   read_.Bind(1, std::int64_t{numbers.front()});
@@ -82,7 +111,7 @@ ComResult SqliteBook::Read(std::span<const std::int32_t> numbers,
     }
     records[static_cast<std::size_t>(place - numbers.begin())] = std::move(record);
   }
-  return result == SQLITE_DONE ? ComResult::kOk : ComResult::kFail;
+  return result == SQLITE_DONE ? ComResult::kOk : Fail(kCannotRead);
 }
 
 std::int64_t SqliteBook::DataVersion() {
@@ -101,25 +130,25 @@ std::uint64_t SqliteBook::Version() {
 
 ComResult SqliteBook::Exists(std::int32_t number) {
   if (!exists_.Prepare(database_, "SELECT 1 FROM contact WHERE oid=?1")) {
-    return ComResult::kFail;
+    return Fail(kCannotRead);
   }
   const StatementRun run(exists_);
   exists_.Bind(1, std::int64_t{number});
   const int result = exists_.Step();
   return result == SQLITE_ROW    ? ComResult::kOk
          : result == SQLITE_DONE ? ComResult::kNotFound
-                                 : ComResult::kFail;
+                                 : Fail(kCannotRead);
 }
 
 ComResult SqliteBook::CompanyPhone(std::int32_t number, std::string& phone) {
   if (!companyPhone_.Prepare(database_, "SELECT company_phone FROM contact WHERE oid=?1")) {
-    return ComResult::kFail;
+    return Fail(kCannotRead);
   }
   const StatementRun run(companyPhone_);
   companyPhone_.Bind(1, std::int64_t{number});
   const int result = companyPhone_.Step();
   if (result != SQLITE_ROW) {
-    return result == SQLITE_DONE ? ComResult::kNotFound : ComResult::kFail;
+    return result == SQLITE_DONE ? ComResult::kNotFound : Fail(kCannotRead);
   }
   phone = companyPhone_.Text(0);
   return ComResult::kOk;
@@ -146,13 +175,13 @@ ComResult SqliteBook::Find(std::string_view fileAs, std::int32_t& number, std::i
   if (!find_.Prepare(database_,
                      "SELECT oid FROM contact WHERE file_as=?1 AND file_as<>'' ORDER BY oid "
                      "LIMIT 1")) {
-    return ComResult::kFail;
+    return Fail(kCannotRead);
   }
   const StatementRun run(find_);
   find_.Bind(1, fileAs);
   const int result = find_.Step();
   if (result != SQLITE_ROW) {
-    return result == SQLITE_DONE ? ComResult::kFalse : ComResult::kFail;
+    return result == SQLITE_DONE ? ComResult::kFalse : Fail(kCannotRead);
   }
   number = static_cast<std::int32_t>(find_.Integer(0));
   find_.Reset();
@@ -161,7 +190,7 @@ ComResult SqliteBook::Find(std::string_view fileAs, std::int32_t& number, std::i
 
 ComResult SqliteBook::Add(const ContactRecord& record, std::int32_t& number) {
   if (!add_.Prepare(database_, AddSql())) {
-    return ComResult::kFail;
+    return Fail(kCannotChange);
   }
   const StatementRun run(add_);
   for (std::size_t text = 0; text < kContactTextCount; ++text) {
@@ -184,8 +213,9 @@ ComResult SqliteBook::AddAll(std::span<const ContactRecord> records) {
   if (good && database_.Run("COMMIT") == SQLITE_OK) {
     return ComResult::kOk;
   }
+  const ComResult failed = Fail(kCannotChange);
   static_cast<void>(database_.Run("ROLLBACK"));
-  return ComResult::kFail;
+  return failed;
 }
 
 ComResult SqliteBook::Change(std::int32_t number, const ContactRecord& record,
@@ -201,7 +231,7 @@ ComResult SqliteBook::Change(std::int32_t number, const ContactRecord& record,
   }
   Statement change;
   if (!change.Prepare(database_, sql + " WHERE oid=?")) {
-    return ComResult::kFail;
+    return Fail(kCannotChange);
   }
   int parameter = 0;
   for (std::size_t text = 0; text < kContactTextCount; ++text) {
@@ -219,7 +249,7 @@ ComResult SqliteBook::Change(std::int32_t number, const ContactRecord& record,
 
 ComResult SqliteBook::Delete(std::int32_t number) {
   if (!delete_.Prepare(database_, "DELETE FROM contact WHERE oid=?1")) {
-    return ComResult::kFail;
+    return Fail(kCannotChange);
   }
   const StatementRun run(delete_);
   delete_.Bind(1, std::int64_t{number});

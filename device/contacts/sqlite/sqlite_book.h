@@ -10,14 +10,18 @@
 
 #include "device/contacts/contact_book.h"
 #include "device/contacts/sqlite/database.h"
+#include "device/contacts/trouble.h"
 
 namespace kelpin::device::contacts {
 
 // A session on a contacts file.
 class SqliteBook final : public ContactBook {
  public:
-  // The file is there and was found to be ours. Null when it is not any more.
-  static std::shared_ptr<SqliteBook> Open(const std::string& path);
+  // The file is there and was found to be ours. Null when it is not any more, or cannot be had:
+  // `why` says why and what to do. What fails to be saved later is told to `trouble`.
+  static std::shared_ptr<SqliteBook> Open(const std::string& path, std::string& why,
+                                          TroubleListener trouble = {});
+  SqliteBook(std::string path, TroubleListener trouble);
 
   platform::ComResult Numbers(std::vector<std::int32_t>& numbers) override;
   platform::ComResult Read(std::span<const std::int32_t> numbers,
@@ -39,7 +43,13 @@ class SqliteBook final : public ContactBook {
   // Tells of others' changes.
   std::int64_t DataVersion();
   platform::ComResult PositionOf(std::int32_t number, std::int32_t& position);
+  // Runs a statement that gives no rows.
+  platform::ComResult Finish(Statement& statement);
+  // Notes why the last call failed.
+  platform::ComResult Fail(const char* what);
 
+  const std::string path_;
+  TroubleNote trouble_;
   Database database_;
   // All numbers, ascending, as long as the data version is the one they were taken at.
   std::vector<std::int32_t> known_;

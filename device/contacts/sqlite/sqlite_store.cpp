@@ -8,7 +8,8 @@
 
 namespace kelpin::device::contacts {
 
-std::unique_ptr<SqliteStore> SqliteStore::Open(const std::string& path, std::string& why) {
+std::unique_ptr<SqliteStore> SqliteStore::Open(const std::string& path, std::string& why,
+                                               TroubleListener trouble) {
   // Whole, for some names that are not mean no file to SQLite.
   std::error_code error;
   const std::string whole = std::filesystem::absolute(path, error).string();
@@ -19,26 +20,25 @@ std::unique_ptr<SqliteStore> SqliteStore::Open(const std::string& path, std::str
   if (!PrepareContactsFile(whole, why)) {
     return nullptr;
   }
-  std::unique_ptr<SqliteStore> store(new SqliteStore(whole));
-  store->held_ = SqliteBook::Open(whole);
-  if (store->held_ == nullptr) {
-    why = path + ": the contacts file was taken away while it was being opened; start again";
-    return nullptr;
-  }
-  return store;
+  std::unique_ptr<SqliteStore> store(new SqliteStore(whole, std::move(trouble)));
+  store->held_ = SqliteBook::Open(whole, why);
+  return store->held_ != nullptr ? std::move(store) : nullptr;
 }
 
 bool SqliteStore::AddAll(std::span<const ContactRecord> records, std::string& why) {
-  const std::shared_ptr<SqliteBook> book = SqliteBook::Open(path_);
-  if (book != nullptr && Succeeded(book->AddAll(records))) {
-    return true;
-  }
-  why = path_ + ": the contacts cannot be written; is the disk full?";
-  return false;
+  // Its trouble is told when it goes.
+  std::shared_ptr<SqliteBook> book =
+      SqliteBook::Open(path_, why, [&why](const std::string& trouble) { why = trouble; });
+  return book != nullptr && Succeeded(book->AddAll(records));
 }
 
 std::shared_ptr<ContactBook> SqliteStore::OpenBook() {
-  return SqliteBook::Open(path_);
+  std::string why;
+  std::shared_ptr<SqliteBook> book = SqliteBook::Open(path_, why, trouble_);
+  if (book == nullptr && trouble_) {
+    trouble_(why);
+  }
+  return book;
 }
 
 }  // namespace kelpin::device::contacts

@@ -14,8 +14,10 @@ namespace kelpin::device::contacts {
 class SqliteStore final : public ObjectStore {
  public:
   // Makes the file when it is missing. Null when it is not ours, damaged, made by a newer program
-  // or cannot be written; it is left as it is then, and `why` says why and what to do.
-  static std::unique_ptr<SqliteStore> Open(const std::string& path, std::string& why);
+  // or cannot be written; it is left as it is then, and `why` says why and what to do. What goes
+  // wrong later is told to `trouble`.
+  static std::unique_ptr<SqliteStore> Open(const std::string& path, std::string& why,
+                                           TroubleListener trouble = {});
 
   // Adds contacts, all or none.
   [[nodiscard]] bool AddAll(std::span<const ContactRecord> records, std::string& why);
@@ -23,9 +25,11 @@ class SqliteStore final : public ObjectStore {
   std::shared_ptr<ContactBook> OpenBook() override;
 
  private:
-  explicit SqliteStore(std::string path) : path_(std::move(path)) {}
+  SqliteStore(std::string path, TroubleListener trouble)
+      : path_(std::move(path)), trouble_(std::move(trouble)) {}
 
   const std::string path_;
+  const TroubleListener trouble_;
   std::shared_ptr<SqliteBook> held_;  // the last session to close tidies up, which takes long
 };
 

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tests/device/contacts/contacts_process.h"
 #include "tests/device/scratch_folder.h"
@@ -16,7 +17,42 @@ namespace {
 
 namespace fs = std::filesystem;
 using platform::ComResult;
+using ::testing::_;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+// SQLite's own waits for others take no time.
+class NoWaiting {
+ public:
+  NoWaiting() : vfs_(*sqlite3_vfs_find(nullptr)) {
+    vfs_.zName = "impatient";
+    vfs_.xSleep = [](sqlite3_vfs*, int microseconds) { return microseconds; };
+    sqlite3_vfs_register(&vfs_, 1);
+  }
+  ~NoWaiting() { sqlite3_vfs_unregister(&vfs_); }
+  NoWaiting(const NoWaiting&) = delete;
+  NoWaiting& operator=(const NoWaiting&) = delete;
+
+ private:
+  sqlite3_vfs vfs_;
+};
+
+// Another program that is at the file.
+class OtherAtFile {
+ public:
+  OtherAtFile(const std::string& path, const char* sql) {
+    EXPECT_EQ(sqlite3_open(path.c_str(), &database_), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(database_, sql, nullptr, nullptr, nullptr), SQLITE_OK)
+        << sqlite3_errmsg(database_);
+  }
+  ~OtherAtFile() { sqlite3_close(database_); }
+  OtherAtFile(const OtherAtFile&) = delete;
+  OtherAtFile& operator=(const OtherAtFile&) = delete;
+
+ private:
+  sqlite3* database_ = nullptr;
+};
 
 class SqliteFile : public ::testing::Test {
  protected:
@@ -173,6 +209,62 @@ TEST_F(SqliteFile, AFileThatIsReplacedByAnotherKindFailsTheNextSession) {
   test::WriteText(Path(), "BEGIN:VCARD\r\nEND:VCARD\r\n");
   EXPECT_EQ(store->OpenBook(), nullptr);
   EXPECT_EQ(test::ReadText(Path()), "BEGIN:VCARD\r\nEND:VCARD\r\n");
+}
+
+TEST_F(SqliteFile, AFileThatAnotherProgramKeepsLockedIsRefusedWithWhatToDo) {
+  MakeFile();
+  std::string why;
+  {
+    const NoWaiting impatient;
+    const OtherAtFile other(Path(),
+                            "PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE; DELETE FROM contact");
+    EXPECT_EQ(SqliteStore::Open(Path(), why), nullptr);
+  }
+  EXPECT_EQ(why, Path() +
+                     ": the contacts file cannot be opened: another program keeps it locked. End "
+                     "that program and try again");
+  EXPECT_EQ(test::ContactsIn(Path()).size(), 1u);
+}
+
+TEST_F(SqliteFile, WhyASaveFailedIsToldOnceWhenTheSessionEnds) {
+  std::vector<std::string> told;
+  std::string why;
+  const auto store = SqliteStore::Open(
+      Path(), why, [&told](const std::string& trouble) { told.push_back(trouble); });
+  ASSERT_NE(store, nullptr) << why;
+  const NoWaiting impatient;
+  auto book = store->OpenBook();
+  std::int32_t number = 0;
+  {
+    const OtherAtFile other(Path(), "BEGIN IMMEDIATE");
+    EXPECT_EQ(book->Add(test::Named("Ann"), number), ComResult::kFail);
+    EXPECT_EQ(book->Add(test::Named("Bob"), number), ComResult::kFail);
+  }
+  EXPECT_EQ(book->Add(test::Named("Cid"), number), ComResult::kOk);
+  EXPECT_THAT(told, IsEmpty());
+  book = nullptr;
+  EXPECT_THAT(told,
+              ElementsAre(Path() + ": the contacts cannot be changed: another program keeps it "
+                                   "locked. End that program and try again"));
+  book = store->OpenBook();
+  EXPECT_EQ(book->Add(test::Named("Dan"), number), ComResult::kOk);
+  book = nullptr;
+  EXPECT_EQ(told.size(), 1u);
+}
+
+TEST_F(SqliteFile, ASessionThatCannotBeHadIsTold) {
+  MakeFile();
+  std::vector<std::string> told;
+  std::string why;
+  const auto store = SqliteStore::Open(
+      Path(), why, [&told](const std::string& trouble) { told.push_back(trouble); });
+  ASSERT_NE(store, nullptr) << why;
+  fs::rename(Path(), folder / "elsewhere.db");
+  EXPECT_EQ(store->OpenBook(), nullptr);
+  EXPECT_THAT(told, ElementsAre(HasSubstr(Path() + ": the contacts file cannot be opened: ")));
+  test::WriteText(Path(), "");
+  EXPECT_EQ(store->OpenBook(), nullptr);
+  EXPECT_THAT(told, ElementsAre(_, HasSubstr("another file has taken the place")));
 }
 
 TEST_F(SqliteFile, TheNumberAfterTheHighestCannotBeGiven) {

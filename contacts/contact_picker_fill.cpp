@@ -75,7 +75,10 @@ void AddNumberRows(const PickRules& rules, ContactsConnection& connection, const
 class FirstNumbers {
  public:
   bool Wanted() const { return found_ < 2; }
+  // Of the numbers that were looked at nothing is missing that has to be dialled.
+  bool Whole() const { return whole_; }
   void Add(std::u16string number) {
+    whole_ = whole_ && KeepsNumber(number);
     number = CardNumber(std::move(number), kEntryTextLimit);
     if (Wanted() && !number.empty()) {
       (found_ == 0 ? first : second) = std::move(number);
@@ -87,9 +90,10 @@ class FirstNumbers {
 
  private:
   int found_ = 0;
+  bool whole_ = true;
 };
 
-// False when one that was looked at could not be read.
+// False when one that was looked at could not be read, or has more than can be dialled.
 bool ReadNumbers(ContactsConnection& connection, std::int32_t oid, FirstNumbers& numbers) {
   bool whole = true;
   const auto add = [&](ContactProperty property) {
@@ -106,7 +110,7 @@ bool ReadNumbers(ContactsConnection& connection, std::int32_t oid, FirstNumbers&
     numbers.Add(std::move(company));
   }
   std::ranges::for_each(kNumbersAfterCompany, add);
-  return whole;
+  return whole && numbers.Whole();
 }
 
 bool ReadEmail(platform::IContact& contact, std::u16string& email) {

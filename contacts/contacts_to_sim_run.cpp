@@ -109,6 +109,7 @@ void ContactsToSimRun::CopyRows(ui::Dialog& picker, const std::atomic<bool>& sto
 ContactsToSimRun::Next ContactsToSimRun::CopyRow(ui::Dialog& picker, const Entry& chosen) {
   Entry entry = chosen;
   CutName(picker, entry.name);
+  entry.nameCut = entry.name.size() < chosen.name.size();
   std::uint32_t index = 0;
   if (state_.settings.Disable_Prompt_Contact_Exist != 0) {
     return WriteNew(entry, index);
@@ -178,7 +179,7 @@ ContactsToSimRun::Next ContactsToSimRun::WriteNew(const Entry& entry, std::uint3
   const SimResult result =
       state_.simPhonebook.WriteEntry(index, entry.name.c_str(), entry.number.c_str());
   if (!Succeeded(result)) {
-    return Fail(result);
+    return Refused(entry, result);
   }
   state_.simPhonebook.MarkSlot(index, 1);
   if (app::InsertListRow(state_, index, entry.number.c_str(), entry.name.c_str()) != 0) {
@@ -193,7 +194,7 @@ ContactsToSimRun::Next ContactsToSimRun::Overwrite(const Entry& entry, int row,
   const SimResult result =
       state_.simPhonebook.WriteEntry(index, entry.name.c_str(), entry.number.c_str());
   if (!Succeeded(result)) {
-    return Fail(result);
+    return Refused(entry, result);
   }
   // Another program may have deleted the entry since it was listed.
   state_.simPhonebook.MarkSlot(index, 1);
@@ -222,7 +223,7 @@ void ContactsToSimRun::NoteField(bool written, std::uint32_t code) {
 
 void ContactsToSimRun::TakeFromContacts(const Entry& entry, std::uint32_t index) {
   const bool onTheCard =
-      CardHasEntry(state_, index, entry.name, entry.number) &&
+      !entry.nameCut && CardHasEntry(state_, index, entry.name, entry.number) &&
       (state_.settings.Disable_ANR != 0 || CardHasNumber2(state_, index, entry.more->number2)) &&
       (state_.settings.Disable_EMAIL != 0 || CardHasEmail(state_, index, entry.more->email));
   if (!onTheCard || entry.more->oid == 0 || connection_.DeleteContactByOid(entry.more->oid) == 0) {
@@ -235,6 +236,16 @@ void ContactsToSimRun::TakeFromContacts(const Entry& entry, std::uint32_t index)
 ContactsToSimRun::Next ContactsToSimRun::Fail(SimResult result) {
   error_ = result;
   return Next::kStop;
+}
+
+ContactsToSimRun::Next ContactsToSimRun::Refused(const Entry& entry, SimResult result) {
+  // Any other error is the card's, not that of what was to be written.
+  if (result == SimResult::kBadParameter) {
+    refused_ = !entry.name.empty()     ? entry.name
+               : !entry.number.empty() ? entry.number
+                                       : entry.more->email;
+  }
+  return Fail(result);
 }
 
 // The entry that was added last is on top until the list is sorted.
@@ -262,6 +273,10 @@ void ContactsToSimRun::Tell(const ui::Dialog& picker) {
   }
   if (cardChanged_) {
     warn(res::Format(res::LoadString(res::kTextCopyToSimStopped), {counters_.processed, chosen_}));
+  }
+  if (error_ == SimResult::kBadParameter) {
+    warn(res::Format(res::LoadString(res::kTextContactRefused),
+                     {counters_.processed, chosen_, refused_}));
   }
   app::ShowSimError(screen, picker.Handle(), error_);
 }

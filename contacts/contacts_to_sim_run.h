@@ -47,6 +47,7 @@ class ContactsToSimRun {
     std::u16string name;
     std::u16string number;
     const ContactPickRow* more = nullptr;
+    bool nameCut = false;
   };
   enum class Next { kGoOn, kStop };
 
@@ -64,6 +65,8 @@ class ContactsToSimRun {
   // The move's second half.
   void TakeFromContacts(const Entry& entry, std::uint32_t index);
   Next Fail(platform::SimResult result);
+  // The card did not take this entry.
+  Next Refused(const Entry& entry, platform::SimResult result);
   void SelectNewest();
   void Tell(const ui::Dialog& picker);
 
@@ -80,6 +83,7 @@ class ContactsToSimRun {
   // this run, it counts as existing without a question.
   std::unordered_set<std::uint32_t> onlyCopies_;
   platform::SimResult error_ = platform::SimResult::kOk;
+  std::u16string refused_;        // what the contact is called that does not fit the card
   std::uint32_t fieldError_ = 0;  // the first one
   int chosen_ = 0;                // rows checked
   int kept_ = 0;                  // contacts of a move that are still in Contacts

@@ -17,6 +17,14 @@ bool IsChinese(std::uint32_t language) {
   return language == kLanguageChineseSimplified || language == kLanguageChineseTraditional;
 }
 
+bool StandsBetweenDigits(char16_t unit) {
+  constexpr std::u16string_view kSigns =
+      u"\t\n\r ()[]-./\u00A0\u00AD\u2212\u3000\uFF08\uFF09\uFF0D\uFF0E\uFF0F";
+  const bool blankOrDash = unit >= 0x2000 && unit <= 0x2015;
+  const bool mark = (unit >= 0x2028 && unit <= 0x202F) || (unit >= 0x2060 && unit <= 0x206F);
+  return blankOrDash || mark || kSigns.find(unit) != std::u16string_view::npos;
+}
+
 }  // namespace
 
 DisplayName MakeDisplayName(std::u16string_view first, std::u16string_view last,
@@ -59,6 +67,13 @@ std::u16string CardNumber(std::u16string number, std::size_t maxLength) {
   sim::KeepDialChars(number);
   number.resize(std::min({number.size(), maxLength, kEntryTextLimit}));
   return number;
+}
+
+bool KeepsNumber(std::u16string number) {
+  sim::FoldFullWidth(number);
+  return std::ranges::all_of(number, [](char16_t unit) {
+    return sim::IsDialChar(unit) != 0 || StandsBetweenDigits(unit);
+  });
 }
 
 }  // namespace kelpin::contacts

@@ -35,4 +35,8 @@ std::u16string CardName(const DisplayName& name, std::u16string_view mark,
 // A contact's number as it is dialled: plain digits alone, cut to `maxLength`.
 std::u16string CardNumber(std::u16string number, std::size_t maxLength);
 
+// Whether that has all of the number before it is cut: what it leaves out are blanks and the signs
+// that stand between digits, not letters or words.
+bool KeepsNumber(std::u16string number);
+
 }  // namespace kelpin::contacts

@@ -247,8 +247,11 @@ inline constexpr int kTextShortcutCall = 1095;
 inline constexpr int kTextShortcutSelectAll = 1096;
 inline constexpr int kTextShortcutRefresh = 1097;
 
+// Further messages.
+inline constexpr int kTextContactRefused = 1098;  // %d done, %d in all, %s the contact
+
 inline constexpr int kTextFirst = 1001;
-inline constexpr int kTextLast = 1097;
+inline constexpr int kTextLast = 1098;
 
 // Dialogs.
 inline constexpr int kDialogGroupPicker = 103;

@@ -298,6 +298,10 @@ inline constexpr StringEntry kTexts[] = {
     {kTextShortcutCall, u"Ctrl+D"},
     {kTextShortcutSelectAll, u"Ctrl+A"},
     {kTextShortcutRefresh, u"F5"},
+    {kTextContactRefused,
+     u"%d of %d contacts are done. \"%s\" does not fit the card: the name is too long, or the "
+     u"number is not one that the card can keep.\n\nShorten the name or correct the number in "
+     u"Contacts, then copy this contact and the ones below it."},
 };
 
 // One text per id from `first` to `last`, empty where the table has none.

@@ -41,6 +41,8 @@ TEST_F(ContactPickerTest, TheCopyHasItsSoftKeys) {
     EXPECT_EQ(items[0].command, 1049);
     EXPECT_EQ(items[1].command, 1050);
     EXPECT_EQ(items[2].command, 329);
+    EXPECT_EQ(items[0].text, u"Check All");
+    EXPECT_EQ(items[1].text, u"Uncheck All");
     EXPECT_EQ(items[2].text, u"Cancel");
     EXPECT_EQ(PickerList(picker).ExtendedStyle() & ui::kListCheckBoxes, ui::kListCheckBoxes);
     EXPECT_EQ(PickerList(picker).Columns().size(), 2u);
@@ -251,6 +253,7 @@ TEST_F(ContactPickerTest, ACardThatIsNotReadyIsToldOfAndNothingOpens) {
       ASSERT_EQ(Boxes().size(), boxes + 1);
       EXPECT_EQ(Boxes().back().caption, u"Error");
       EXPECT_EQ(Boxes().back().style, ui::kBoxError);
+      EXPECT_EQ(Boxes().back().text, u"SIM PIN is required to perform this operation.");
     }
   }
   EXPECT_EQ(Calls("DialogBox(205"), 0u);

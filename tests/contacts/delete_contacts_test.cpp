@@ -66,6 +66,9 @@ TEST_F(DeleteContactsTest, ItListsEveryContactUnchecked) {
     EXPECT_EQ(items[0].command, 1053);
     EXPECT_EQ(items[1].command, 1054);
     EXPECT_EQ(items[2].command, kCancelKey);
+    EXPECT_EQ(items[0].text, u"Check All");
+    EXPECT_EQ(items[1].text, u"Uncheck All");
+    EXPECT_EQ(items[2].text, u"Cancel");
   });
   EXPECT_EQ(device.contacts.OpenUses(), 0);
 }
@@ -78,6 +81,7 @@ TEST_F(DeleteContactsTest, CheckAllIsOffUntilItIsFilledAndDeleteIsNot) {
     RunThreads();
     EXPECT_TRUE(dialog.Bar()->SubMenu(349)->IsEnabled(1053));
     EXPECT_TRUE(dialog.Bar()->SubMenu(349)->IsEnabled(1054));
+    EXPECT_EQ(device.contacts.OpenUses(), 0);  // deleting opens another connection
     dialog.Command(kCancelKey);
   });
   Dialog().Command(kDeleteCommand);
@@ -131,9 +135,12 @@ TEST_F(DeleteContactsTest, AnEmailStandsInForANumberWhereTheSettingsWantThat) {
       {{ContactProperty::kEmail2Address, u"d2@example.org"},
        {ContactProperty::kEmail3Address, u"d3@example.org"}});
   Add(u"E", u"");
+  Add(u"F", u"",
+      {{ContactProperty::kEmail1Address, u"f1@example.org"},
+       {ContactProperty::kEmail2Address, u"f2@example.org"}});
   Choose([&](ui::Dialog& dialog) {
     EXPECT_EQ(ListOf(dialog).ItemText(3, 1), u"");
-    EXPECT_EQ(ListOf(dialog).ItemCount(), 5);
+    EXPECT_EQ(ListOf(dialog).ItemCount(), 6);
   });
   state->settings.Del_Contacts_Type = 1;
   Choose([&](ui::Dialog& dialog) {
@@ -141,6 +148,7 @@ TEST_F(DeleteContactsTest, AnEmailStandsInForANumberWhereTheSettingsWantThat) {
     EXPECT_EQ(ListOf(dialog).ItemText(0, 1), u"1");
     EXPECT_EQ(ListOf(dialog).ItemText(3, 1), u"d2@example.org");
     EXPECT_EQ(ListOf(dialog).ItemText(4, 1), u"");
+    EXPECT_EQ(ListOf(dialog).ItemText(5, 1), u"f1@example.org");
   });
 }
 
@@ -169,11 +177,13 @@ TEST_F(DeleteContactsTest, CheckAllAndUncheckAllChangeEveryRow) {
 }
 
 TEST_F(DeleteContactsTest, CheckedContactsAreDeletedFromTheFirstAfterAYes) {
+  std::vector<bool> waits;
   device.screen.ScriptBox(ui::BoxAnswer::kYes);
   Choose([&](ui::Dialog& dialog) {
     ListOf(dialog).ClickCheckBox(2);
     ListOf(dialog).ClickCheckBox(0);
     device.journal.Clear();
+    device.screen.onWaitCursor = [&](bool wait) { waits.push_back(wait); };
     dialog.PressSoftKey(0);
     EXPECT_FALSE(dialog.Bar()->KeyAt(0).enabled);
     EXPECT_FALSE(dialog.Bar()->KeyAt(1).enabled);
@@ -190,7 +200,8 @@ TEST_F(DeleteContactsTest, CheckedContactsAreDeletedFromTheFirstAfterAYes) {
   EXPECT_EQ(Boxes()[0].caption, u"Warning");
   EXPECT_EQ(Boxes()[0].style, ui::kBoxQuestion);
   EXPECT_EQ(device.contacts.OpenUses(), 0);
-  EXPECT_EQ(device.screen.WaitCursorLog().back(), false);
+  device.screen.onWaitCursor = nullptr;
+  EXPECT_THAT(waits, ElementsAre(true, false));
 }
 
 TEST_F(DeleteContactsTest, EnterDeletesToo) {
@@ -206,10 +217,12 @@ TEST_F(DeleteContactsTest, EnterDeletesToo) {
 }
 
 TEST_F(DeleteContactsTest, NothingCheckedClosesWithoutAQuestion) {
-  Choose([&](ui::Dialog& dialog) {
-    dialog.PressSoftKey(0);
-    EXPECT_TRUE(dialog.Ended());
-  });
+  for (const int command : {kDeleteKey, res::kOk}) {
+    Choose([&](ui::Dialog& dialog) {
+      dialog.Command(command);
+      EXPECT_TRUE(dialog.Ended());
+    });
+  }
   EXPECT_THAT(Boxes(), IsEmpty());
   EXPECT_EQ(InContacts().size(), 3u);
 }

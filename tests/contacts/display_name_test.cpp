@@ -92,6 +92,18 @@ TEST(CardNumber, ItKeepsWhatCanBeDialled) {
   EXPECT_EQ(CardNumber(u"", 20), u"");
 }
 
+TEST(CardNumber, WhetherAllOfItIsKept) {
+  for (const std::u16string_view all :
+       {u"", u"+49 (30) 123-45/67.8", u"[030]\u00A012\u201334", u"\uFF08\uFF13\uFF09\u3000\uFF11",
+        u"*21*123#", u"12p34", u"\u202A+4930\u202C", u"0\u2011\u200B1"}) {
+    EXPECT_TRUE(KeepsNumber(std::u16string(all))) << testing::PrintToString(all);
+  }
+  for (const std::u16string_view part :
+       {u"1-800-FLOWERS", u"n/a", u"030 ext. 5", u"12;34", u"1,2", u"\u0661\u0662", u"1 & 2"}) {
+    EXPECT_FALSE(KeepsNumber(std::u16string(part))) << testing::PrintToString(part);
+  }
+}
+
 TEST(CardNumber, ItIsCutAfterItWasCleaned) {
   EXPECT_EQ(CardNumber(u"0 1 2 3 4 5 6 7", 4), u"0123");
   EXPECT_EQ(CardNumber(std::u16string(300, u'7'), 1000).size(), 255u);

@@ -110,6 +110,31 @@ TEST_F(MoveContactsTest, AContactWhoseNumberHadToBeCutStays) {
   EXPECT_TRUE(Boxes()[0].text.starts_with(u"Of the contacts that were moved, 2 are still"));
 }
 
+TEST_F(MoveContactsTest, AContactStaysOfWhoseNumberLettersAreLost) {
+  state->settings.Disable_ANR = 1;  // the card of this test has no place for it
+  Add(u"Letters", u"1-800-FLOWERS");
+  Add(u"Words", u"n/a", {{ContactProperty::kHomeTelephoneNumber, u"5"}});
+  Add(u"Second", u"6", {{ContactProperty::kHomeTelephoneNumber, u"7 (evenings)"}});
+  Add(u"Signs", u"+49 (30) 12-34/5.6");
+  Copy(kMove);
+  EXPECT_THAT(CardEntries(), ElementsAre(u"1 Anna 111", u"2 Letters 1800", u"3 Words 5",
+                                         u"4 Second 6", u"5 Signs +4930123456"));
+  EXPECT_THAT(InContacts(), ElementsAre(u"Letters", u"Words", u"Second"));
+  EXPECT_TRUE(Boxes()[0].text.starts_with(u"Of the contacts that were moved, 3 are still"));
+}
+
+TEST_F(MoveContactsTest, AContactWhoseNameHadToBeCutStays) {
+  state->settings.Enable_CutName = 1;
+  device.sim.SetLengths(20, 16);
+  Add(std::u16string(9, u'\u00EA'), u"1");
+  Add(std::u16string(7, u'\u00E1'), u"2");
+  Copy(kMove);
+  EXPECT_EQ(device.sim.Name(2), std::u16string(7, u'\u00EA'));
+  EXPECT_THAT(InContacts(), ElementsAre(std::u16string(9, u'\u00EA')));
+  ASSERT_THAT(Boxes(), SizeIs(3));
+  EXPECT_TRUE(Boxes()[1].text.starts_with(u"Of the contacts that were moved, 1 are still"));
+}
+
 TEST_F(MoveContactsTest, AContactThatCannotBeDeletedIsToldOf) {
   Add(u"Zoe", u"1");
   device.failures.FailCallOf("Delete", 1);
@@ -241,6 +266,25 @@ TEST_F(MoveContactsTest, TheTwoQuestionsHaveAnswersOfTheirOwn) {
   EXPECT_EQ(prompts[kOverwrite], 2);
 }
 
+TEST_F(MoveContactsTest, YesForAllDuplicatesLeavesTheOtherQuestionBe) {
+  state->settings.CToSim_Type = 1;
+  Add(u"Anna", u"1");
+  Add(u"Anna", u"2");
+  AnswerEvery(kNotAll, 1081);
+  AnswerEvery(kOverwrite, 360, true);
+  Copy();
+  EXPECT_EQ(prompts[kNotAll], 2);
+  EXPECT_EQ(prompts[kOverwrite], 1);
+  EXPECT_THAT(CardEntries(), ElementsAre(u"1 Anna 2"));
+}
+
+TEST_F(MoveContactsTest, WhereTheSettingsWantItNoContactIsAskedAbout) {
+  Add(u"Zoe", u"1");
+  Copy();
+  EXPECT_EQ(Calls("DialogBox(216"), 0u);
+  EXPECT_THAT(CardEntries(), ElementsAre(u"1 Anna 111", u"2 Zoe 1"));
+}
+
 TEST_F(MoveContactsTest, AnyOtherValueLeavesEveryContactOutWithoutAsking) {
   state->settings.CToSim_Type = 3;
   Add(u"Zoe", u"1");
@@ -299,6 +343,9 @@ TEST_F(MoveContactsTest, AGsmNameIsNeitherWarnedOfNorCut) {
   Copy();
   ASSERT_FALSE(Boxes().empty());
   EXPECT_EQ(Boxes()[0].text.find(u"16 bytes"), std::u16string::npos);
+  // 20 characters of 16: the card was given all of them, and refused.
+  EXPECT_NE(Boxes()[0].text.find(u"\"Abcdefghijklmnop \u20AC{}\" does not fit"),
+            std::u16string::npos);
 }
 
 TEST_F(MoveContactsTest, WithoutTheSettingNoNameIsCut) {

@@ -143,6 +143,50 @@ TEST_F(PickerFillTest, OneEntryPerContactHoldsItsFirstTwoNumbersAndItsFirstEmail
   });
 }
 
+TEST_F(PickerFillTest, TheFirstOfThreeEmailsIsTaken) {
+  Open();
+  state->settings.CToSim_Type = 2;
+  Texts emails = {{ContactProperty::kEmail3Address, u"three@example.org"}};
+  Add(u"C", u"1", emails);
+  emails[ContactProperty::kEmail2Address] = u"two@example.org";
+  Add(u"B", u"1", emails);
+  emails[ContactProperty::kEmail1Address] = u"one@example.org";
+  Add(u"A", u"1", emails);
+  Offered([](ui::ListView& list) {
+    const auto email = [&](int row) {
+      return std::static_pointer_cast<const ContactPickRow>(list.ItemData(row))->email;
+    };
+    EXPECT_EQ(email(0), u"three@example.org");
+    EXPECT_EQ(email(1), u"two@example.org");
+    EXPECT_EQ(email(2), u"one@example.org");
+  });
+}
+
+TEST_F(PickerFillTest, OneEntryPerContactHasNoMarkAndJoinsChineseNames) {
+  Open();
+  state->settings.CToSim_Type = 1;
+  state->language = 2052;
+  ChooseTypes({0, 2});
+  SetMark(0, u'M');
+  SetMark(2, u'H');
+  Add(u"\u738B", u"1",
+      {{ContactProperty::kFirstName, u"\u660E"}, {ContactProperty::kHomeTelephoneNumber, u"2"}});
+  Add(u"Doe", u"3", {{ContactProperty::kFirstName, u"Jane"}});
+  ExpectRows({u"\u738B\u660E|1", u"Doe, Jane|3"});
+}
+
+TEST_F(PickerFillTest, WhatARowHoldsGoesWithThePicker) {
+  Open();
+  state->settings.CToSim_Type = 2;
+  Add(u"Doe", u"1");
+  std::weak_ptr<const ui::RowData> row;
+  Offered([&](ui::ListView& list) {
+    row = list.ItemData(0);
+    EXPECT_FALSE(row.expired());
+  });
+  EXPECT_TRUE(row.expired());
+}
+
 TEST_F(PickerFillTest, NumbersAreLookedForInTheirOrder) {
   constexpr ContactProperty kOrder[] = {
       ContactProperty::kMobileTelephoneNumber,

@@ -58,6 +58,8 @@ TEST_F(CommandsTest, TheBarHasNewAndTheMenu) {
   EXPECT_EQ(bar.KeyAt(1).command, 313);
   EXPECT_EQ(bar.KeyAt(1).text, u"Menu");
   EXPECT_TRUE(bar.KeyAt(1).dropDown);
+  EXPECT_TRUE(bar.KeyAt(0).enabled);
+  EXPECT_TRUE(bar.KeyAt(1).enabled);
 }
 
 TEST_F(CommandsTest, WithEverythingEnabledTheMenuIsWhole) {

@@ -145,6 +145,19 @@ TEST_F(StoredWatcherTest, TellsOfAnEntryThatCannotBeReadAndGoesOn) {
   ExpectAtRest();
 }
 
+TEST_F(StoredWatcherTest, AListThatLosesItsOnlyEntryHasNothingToSelect) {
+  device.sim.SetEntry(2, u"Bert", u"222");
+  OpenWatched();
+  device.failures.FailCallOf("SimReadPhonebookEntry", 1);
+  TellStored(2);
+  ASSERT_TRUE(Settle());
+  EXPECT_EQ(BoxTexts(), Texts{u"SIM failure was detected. "});
+  EXPECT_EQ(List().ItemCount(), 0);
+  EXPECT_EQ(List().SelectedCount(), 0);
+  EXPECT_FALSE(Menu().IsEnabled(res::kCommandDelete));
+  ExpectAtRest();
+}
+
 TEST_F(StoredWatcherTest, WithNothingQueuedLeavesTheSoftKeysAlone) {
   PutThree();
   OpenWatched();

@@ -81,6 +81,17 @@ TEST_F(WatchersTest, ADeletedEntryThatWasNotListedChangesNothing) {
   ExpectAtRest();
 }
 
+TEST_F(WatchersTest, ADeletedEntryLeavesTheOrderAsItIs) {
+  PutThree();
+  OpenWatched();
+  ASSERT_EQ(InsertListRow(*state, 9, u"999", u"Zoe"), 1);  // on top, out of order
+  device.screen.RunPending();
+  TellDeleted(2);
+  ASSERT_TRUE(Settle());
+  EXPECT_EQ(RowIndexes(), (std::vector<std::uint32_t>{9, 1, 3}));
+  EXPECT_EQ(List().NextItem(-1, kSelected), 0);  // Zoe, as her coming left it
+}
+
 TEST_F(WatchersTest, TheLastSelectedRowTakesItsCommandsAlong) {
   PutThree();
   OpenWatched();

@@ -1,17 +1,15 @@
 // What contacts cost: a picker's fill through the connection that the flows use, beside a bare loop
 // over the file, and copies to Contacts. Prints tables; judges nothing.
 
-#include <sqlite3.h>
-
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "bench/bare_store.h"
+#include "bench/copy_bench.h"
 #include "contacts/contacts_connection.h"
 #include "device/contacts/sqlite/sqlite_store.h"
 #include "tests/device/scratch_folder.h"
@@ -26,8 +24,6 @@ using contacts::ContactText;
 using device::contacts::ContactRecord;
 using device::contacts::SqliteStore;
 using platform::ContactProperty;
-
-constexpr int kCopied = 250;  // entries of a card
 
 // What a fill reads of each contact.
 constexpr ContactProperty kRead[] = {
@@ -45,13 +41,6 @@ constexpr ContactProperty kRead[] = {
     ContactProperty::kEmail1Address,
 };
 
-double Milliseconds(const std::function<bool()>& work) {
-  const auto start = std::chrono::steady_clock::now();
-  if (!work()) return -1;  // shown as it is: the figure is none
-  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
-      .count();
-}
-
 ContactRecord Person(int number) {
   const std::string digits = std::to_string(1000000 + number);
   ContactRecord record;
@@ -63,27 +52,6 @@ ContactRecord Person(int number) {
   record[device::contacts::TextIndex(ContactProperty::kEmail1Address)] = digits + "@mail.example";
   record[device::contacts::kCompanyPhoneText] = "+4989" + digits;
   return record;
-}
-
-bool BareLoop(const std::string& path, std::size_t& characters) {
-  sqlite3* database = nullptr;
-  sqlite3_stmt* statement = nullptr;
-  int result = sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READONLY, nullptr);
-  if (result == SQLITE_OK) {
-    result =
-        sqlite3_prepare_v2(database, "SELECT * FROM contact ORDER BY oid", -1, &statement, nullptr);
-  }
-  while (result == SQLITE_OK || result == SQLITE_ROW) {
-    result = sqlite3_step(statement);
-    for (int column = 1; result == SQLITE_ROW && column < sqlite3_column_count(statement);
-         ++column) {
-      static_cast<void>(sqlite3_column_text16(statement, column));
-      characters += static_cast<std::size_t>(sqlite3_column_bytes16(statement, column)) / 2;
-    }
-  }
-  sqlite3_finalize(statement);
-  sqlite3_close(database);
-  return result == SQLITE_DONE;
 }
 
 bool Fill(SqliteStore& store, bool companyPhones, std::size_t& characters) {
@@ -118,35 +86,6 @@ bool Copy(SqliteStore& store, bool overwrite) {
   }
   connection.Close();
   return true;
-}
-
-// The same 250 without any of our own code: looked up by name, then inserted, each in a transaction
-// of its own that waits for the disk.
-bool BareCopy(const std::string& path) {
-  sqlite3* database = nullptr;
-  sqlite3_stmt* find = nullptr;
-  sqlite3_stmt* insert = nullptr;
-  bool good =
-      sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK &&
-      sqlite3_exec(database, "PRAGMA synchronous=FULL", nullptr, nullptr, nullptr) == SQLITE_OK &&
-      sqlite3_prepare_v2(database, "SELECT oid FROM contact WHERE file_as = ?1 AND file_as <> ''",
-                         -1, &find, nullptr) == SQLITE_OK &&
-      sqlite3_prepare_v2(database,
-                         "INSERT INTO contact (last_name, file_as, mobile_phone) "
-                         "VALUES (?1, ?1, '+4917139200')",
-                         -1, &insert, nullptr) == SQLITE_OK;
-  for (int i = 0; i < kCopied && good; ++i) {
-    const std::string name = "Bare " + std::to_string(i);
-    const int length = static_cast<int>(name.size());
-    good = sqlite3_bind_text(find, 1, name.c_str(), length, SQLITE_TRANSIENT) == SQLITE_OK &&
-           sqlite3_step(find) == SQLITE_DONE && sqlite3_reset(find) == SQLITE_OK &&
-           sqlite3_bind_text(insert, 1, name.c_str(), length, SQLITE_TRANSIENT) == SQLITE_OK &&
-           sqlite3_step(insert) == SQLITE_DONE && sqlite3_reset(insert) == SQLITE_OK;
-  }
-  sqlite3_finalize(find);
-  sqlite3_finalize(insert);
-  sqlite3_close(database);
-  return good;
 }
 
 // Checks every row of a picker's list and counts them from the notices, as its counter does.
@@ -215,5 +154,5 @@ bool Run() {
 }  // namespace kelpin::bench
 
 int main() {
-  return kelpin::bench::Run() ? 0 : 1;
+  return kelpin::bench::Run() && kelpin::bench::CopyCosts() ? 0 : 1;
 }

@@ -249,9 +249,13 @@ inline constexpr int kTextShortcutRefresh = 1097;
 
 // Further messages.
 inline constexpr int kTextContactRefused = 1098;  // %d done, %d in all, %s the contact
+inline constexpr int kTextEntryChangedQuestion = 1099;
+inline constexpr int kTextReopenListHint = 1100;
+inline constexpr int kTextChangeNotTaken = 1101;
+inline constexpr int kTextChangeNotConfirmed = 1102;
 
 inline constexpr int kTextFirst = 1001;
-inline constexpr int kTextLast = 1098;
+inline constexpr int kTextLast = 1102;
 
 // Dialogs.
 inline constexpr int kDialogGroupPicker = 103;
@@ -545,5 +549,6 @@ inline constexpr std::uint32_t kMessageFillNumberNamePicker = 0x046E;
 inline constexpr std::uint32_t kMessageFillGroupPicker = 0x046F;
 inline constexpr std::uint32_t kMessageFillCallChooser = 0x0470;
 inline constexpr std::uint32_t kMessageSetBusy = 0x0471;  // low word of the second: 1 busy
+inline constexpr std::uint32_t kMessageResolveOwnNumbers = 0x0472;
 
 }  // namespace kelpin::res

@@ -302,6 +302,16 @@ inline constexpr StringEntry kTexts[] = {
      u"%d of %d contacts are done. \"%s\" does not fit the card: the name is too long, or the "
      u"number is not one that the card can keep.\n\nShorten the name or correct the number in "
      u"Contacts, then copy this contact and the ones below it."},
+    {kTextEntryChangedQuestion,
+     u"Another program changed this entry on the card meanwhile, so it was not saved.\nRead it "
+     u"again? What you typed is lost then."},
+    {kTextReopenListHint, u"Close this list and open it again."},
+    {kTextChangeNotTaken,
+     u"The card did not take the change; the list shows what it holds.\n\nTry again. A card that "
+     u"refuses every time does not allow its own numbers to be changed."},
+    {kTextChangeNotConfirmed,
+     u"The card did not confirm the change, and what it holds could not be read.\n\nPress Refresh "
+     u"and compare."},
 };
 
 // One text per id from `first` to `last`, empty where the table has none.

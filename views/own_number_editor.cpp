@@ -113,14 +113,18 @@ void OwnNumberEditor::Save(ui::Dialog& dialog) {
   std::vector<std::uint8_t> record(client.RecordLength(), kPadding);
   if (sim::EncodeAdnRecord(record, name, number, client.RecordLength(), client.MaxAlphaLength()) ==
       0) {
+    // The name alone can be too long for its field, by its bytes.
     screen.SetWaitCursor(false);
+    dialog.SetFocus(res::kOwnNumberName);
     return;
   }
-  if (!client.UpdateRecord(kOwnNumberFile, static_cast<std::uint32_t>(row_) + 1, record)) {
+  const std::uint32_t place = static_cast<std::uint32_t>(row_) + 1;
+  if (!client.UpdateRecord(kOwnNumberFile, place, record)) {
     platform::SimResult result = state_.simPhonebook.ReadStatus();
     if (Succeeded(result) && app::CardIsExchanged(state_)) {
       result = platform::SimResult::kWrongSim;
     }
+    reader_.Doubt(place, record, !Succeeded(result));
     if (!Succeeded(result)) {
       screen.SetWaitCursor(false);
       app::ShowSimError(screen, dialog.Handle(), result);

@@ -1,9 +1,10 @@
 #include "views/own_number_reader.h"
 
+#include <algorithm>
 #include <utility>
-#include <vector>
 
 #include "app/app_state.h"
+#include "app/card_hold.h"
 #include "app/sim_error.h"
 #include "platform/radio_interface.h"
 #include "res/format.h"
@@ -122,9 +123,8 @@ void OwnNumberReader::Fill(ui::ListView& list, std::uint32_t turn) {
     list.SetItemState(0, kSelectedFocused, kSelectedFocused);
     list.EnsureVisible(0);
   } else if (cardFailed) {
-    // A list that is only looked at has no Refresh.
-    const bool canRefresh = state_.settings.ReadOnly_OwnNumber == 0;
-    list.SetMessage(Message(res::kTextCardNotRead, canRefresh ? res::kTextCardNotReadHint : 0));
+    // Refresh follows the selection, of which a list without rows has none.
+    list.SetMessage(Message(res::kTextCardNotRead, res::kTextReopenListHint));
   } else {
     list.SetMessage(Message(res::kTextNoOwnNumbers, 0));
   }
@@ -135,21 +135,65 @@ bool OwnNumberReader::ReadRecord(ui::ListView& list, std::uint32_t record, std::
   if (!client_.ReadRecord(kOwnNumberFile, record, response)) {
     return false;
   }
-  std::u16string name;
-  std::u16string number;
-  sim::DecodeAlphaRaw(response, name, client_.RecordLength(), client_.MaxAlphaLength());
-  sim::DecodeAdnNumber(response, number, client_.RecordLength(), client_.MaxDigits());
-  if (name.empty() && record <= app::kOwnNumberRecordCount) {
-    name = state_.settings.ownNumberRecords[record - 1];
-    if (!name.empty()) {
+  const Texts texts = Decode(response, record);
+  const MutexLock guard(rows_);
+  if (Wanted(turn)) {
+    list.InsertRow(list.ItemCount(), {res::Format(u"%d", {record}), texts.name, texts.number},
+                   nullptr);
+  }
+  return true;
+}
+
+OwnNumberReader::Texts OwnNumberReader::Decode(std::span<const std::uint8_t> response,
+                                               std::uint32_t record) {
+  Texts texts;
+  sim::DecodeAlphaRaw(response, texts.name, client_.RecordLength(), client_.MaxAlphaLength());
+  sim::DecodeAdnNumber(response, texts.number, client_.RecordLength(), client_.MaxDigits());
+  if (texts.name.empty() && record <= app::kOwnNumberRecordCount) {
+    texts.name = state_.settings.ownNumberRecords[record - 1];
+    if (!texts.name.empty()) {
       nameFromSettings_[record - 1] = true;
     }
   }
-  const MutexLock guard(rows_);
-  if (Wanted(turn)) {
-    list.InsertRow(list.ItemCount(), {res::Format(u"%d", {record}), name, number}, nullptr);
+  return texts;
+}
+
+void OwnNumberReader::Doubt(std::uint32_t record, std::vector<std::uint8_t> meant, bool told) {
+  doubts_.push_back({record, std::move(meant), told});
+}
+
+void OwnNumberReader::ResolveDoubts() {
+  for (const Unconfirmed& update : std::exchange(doubts_, {})) {
+    Resolve(update);
   }
-  return true;
+}
+
+void OwnNumberReader::Resolve(const Unconfirmed& update) {
+  ui::ListView* const list = dialog_->List(res::kOwnNumbersList);
+  // The record of another card says nothing of the update.
+  if (list == nullptr || closed_ || app::CardIsExchanged(state_)) {
+    return;
+  }
+  state_.ports.screen.SetWaitCursor(true);
+  std::vector<std::uint8_t> response;
+  const bool read = client_.ReadRecord(kOwnNumberFile, update.record, response);
+  const bool asMeant = read && std::ranges::equal(sim::RecordBytes(response), update.meant);
+  if (read && (update.told || !asMeant)) {
+    const Texts texts = Decode(response, update.record);
+    const MutexLock guard(rows_);
+    const int row = static_cast<int>(update.record) - 1;
+    if (row < list->ItemCount()) {
+      list->SetItemText(row, kOwnNumberColumnName, texts.name);
+      list->SetItemText(row, kOwnNumberColumnPhone, texts.number);
+      list->RedrawItem(row);
+    }
+  }
+  state_.ports.screen.SetWaitCursor(false);
+  if (!asMeant && !update.told) {
+    const int text = read ? res::kTextChangeNotTaken : res::kTextChangeNotConfirmed;
+    state_.ports.screen.MessageBox(dialog_->Handle(), res::LoadString(text),
+                                   res::LoadString(res::kStringError), ui::kBoxError);
+  }
 }
 
 // A card that answers, but has no such file or record, is no failure.

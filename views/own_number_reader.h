@@ -4,7 +4,9 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
+#include <vector>
 
 #include "app/settings.h"
 #include "platform/mutex.h"
@@ -46,9 +48,31 @@ class OwnNumberReader : public std::enable_shared_from_this<OwnNumberReader> {
   // Whether the record's name is the settings' and not the card's; `record` is 1-based.
   bool NameFromSettings(std::uint32_t record) const;
 
+  // An update that the card did not confirm: what `record` (1-based) was to be, and whether the
+  // user was told that it failed. Screen thread, as is all that follows.
+  void Doubt(std::uint32_t record, std::vector<std::uint8_t> meant, bool told);
+  bool InDoubt() const { return !doubts_.empty(); }
+  // Reads back what is in doubt: the rows show what the card holds, and the user is told of a
+  // change that it has not.
+  void ResolveDoubts();
+
  private:
+  // An update that was not confirmed.
+  struct Unconfirmed {
+    std::uint32_t record = 0;
+    std::vector<std::uint8_t> meant;
+    bool told = false;
+  };
+  struct Texts {
+    std::u16string name;
+    std::u16string number;
+  };
+
   void Fill(ui::ListView& list, std::uint32_t turn);
   bool ReadRecord(ui::ListView& list, std::uint32_t record, std::uint32_t turn);
+  // What a row shows of a record.
+  Texts Decode(std::span<const std::uint8_t> response, std::uint32_t record);
+  void Resolve(const Unconfirmed& update);
   // True when the card has failed.
   bool TellStatus();
   // Whether this fill is to go on: the list is there and none was started after it.
@@ -61,6 +85,7 @@ class OwnNumberReader : public std::enable_shared_from_this<OwnNumberReader> {
   std::atomic<bool> refreshing_ = false;
   std::atomic<std::uint32_t> turn_ = 0;  // the fill that was started last
   std::array<std::atomic<bool>, app::kOwnNumberRecordCount> nameFromSettings_ = {};
+  std::vector<Unconfirmed> doubts_;
   Mutex filling_;  // held by a fill from its start to its end; others wait for it, on their threads
   Mutex rows_;     // held where a fill adds a row, and where the rows are taken away
 };

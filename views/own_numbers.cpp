@@ -88,6 +88,10 @@ void OwnNumbersDialog::Place(ui::Dialog& dialog, int width, int listHeight) {
 
 void OwnNumbersDialog::OnMessage(ui::Dialog& /*dialog*/, std::uint32_t message,
                                  std::uint32_t /*first*/, std::uint32_t /*second*/) {
+  if (message == res::kMessageResolveOwnNumbers) {
+    reader_->ResolveDoubts();
+    return;
+  }
   if (message != res::kMessageStartOwnNumbers || reader_->StartFill() == 0) {
     return;
   }
@@ -169,6 +173,14 @@ void OwnNumbersDialog::Edit(ui::Dialog& dialog) {
   if (const int row = RowToChange(dialog); row >= 0) {
     OwnNumberEditor editor(state_, *reader_, dialog, row);
     RunDialog(state_, res::kDialogEditOwnNumber, dialog.Handle(), editor);
+    ResolveDoubts(dialog);
+  }
+}
+
+// Once what was asked for is done.
+void OwnNumbersDialog::ResolveDoubts(ui::Dialog& dialog) {
+  if (reader_->InDoubt()) {
+    dialog.PostMessage(res::kMessageResolveOwnNumbers);
   }
 }
 
@@ -185,12 +197,14 @@ void OwnNumbersDialog::Erase(ui::Dialog& dialog) {
   }
   state_.ports.screen.SetWaitCursor(true);
   const std::vector<std::uint8_t> record(reader_->Client().RecordLength(), kErased);
-  if (!reader_->Client().UpdateRecord(kOwnNumberFile, static_cast<std::uint32_t>(row) + 1,
-                                      record)) {
+  const std::uint32_t number = static_cast<std::uint32_t>(row) + 1;
+  if (!reader_->Client().UpdateRecord(kOwnNumberFile, number, record)) {
     platform::SimResult result = state_.simPhonebook.ReadStatus();
     if (Succeeded(result) && app::CardIsExchanged(state_)) {
       result = platform::SimResult::kWrongSim;
     }
+    reader_->Doubt(number, record, !Succeeded(result));
+    ResolveDoubts(dialog);
     if (!Succeeded(result)) {
       state_.ports.screen.SetWaitCursor(false);
       app::ShowSimError(state_.ports.screen, dialog.Handle(), result);

@@ -29,6 +29,7 @@ class OwnNumbersDialog : public ui::DialogHandler {
   int RowToChange(ui::Dialog& dialog);
   void Edit(ui::Dialog& dialog);
   void Erase(ui::Dialog& dialog);
+  void ResolveDoubts(ui::Dialog& dialog);
   void Leave(ui::Dialog& dialog);
 
   app::AppState& state_;

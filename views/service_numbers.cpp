@@ -44,8 +44,8 @@ int Unit(const app::AppState& state) {
   return state.isSmartphone == 0 && state.isHighRes != 0 ? kHighResUnit : kUnit;
 }
 
-ui::ListMessage Message(int text) {
-  return {std::u16string(res::LoadString(text)), {}, 0, 0};
+ui::ListMessage Message(int text, int hint = 0) {
+  return {std::u16string(res::LoadString(text)), std::u16string(res::LoadString(hint)), 0, 0};
 }
 
 }  // namespace
@@ -95,8 +95,10 @@ void ServiceNumbersDialog::Reader::Fill(ui::ListView& list) {
   if (list.ItemCount() > 0) {
     list.SetItemState(0, kSelectedFocused, kSelectedFocused);
     list.EnsureVisible(0);
+  } else if (cardFailed) {
+    list.SetMessage(Message(res::kTextCardNotRead, res::kTextReopenListHint));
   } else {
-    list.SetMessage(Message(cardFailed ? res::kTextCardNotRead : res::kTextNoServiceNumbers));
+    list.SetMessage(Message(res::kTextNoServiceNumbers));
   }
 }
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "device/card/card_channel.h"
+#include "platform/mutex.h"
 
 namespace kelpin::device::card {
 
@@ -33,26 +34,35 @@ inline constexpr Fault kFaults[] = {Fault::kRefused,      Fault::kLostBefore, Fa
                                     Fault::kResetBefore,  Fault::kGoneBefore, Fault::kGoneAfter,
                                     Fault::kNotKept};
 
-// A channel whose nth command from Arm on goes wrong.
+// A channel whose nth command from Arm on goes wrong. Any thread.
 class FaultyChannel final : public CardChannel {
  public:
   explicit FaultyChannel(CardChannel& channel) : channel_(channel) {}
 
   void Arm(std::uint32_t command, Fault fault) {
+    const MutexLock guard(lock_);
     left_ = command;
     fault_ = fault;
     fired_ = false;
     sent_.clear();
   }
-  bool Fired() const { return fired_; }
+  bool Fired() const {
+    const MutexLock guard(lock_);
+    return fired_;
+  }
   // The instruction bytes of the commands since Arm.
-  const std::vector<std::uint8_t>& Sent() const { return sent_; }
+  std::vector<std::uint8_t> Sent() const {
+    const MutexLock guard(lock_);
+    return sent_;
+  }
   void Disarm() {
+    const MutexLock guard(lock_);
     left_ = 0;
     gone_ = false;
   }
 
   TransportError Connect(std::vector<std::uint8_t>& atr) override {
+    const MutexLock guard(lock_);
     if (gone_) return TransportError::kNoCard;
     lost_ = TransportError::kNone;
     return channel_.Connect(atr);
@@ -60,6 +70,7 @@ class FaultyChannel final : public CardChannel {
   void Disconnect() override { channel_.Disconnect(); }
   TransportError Transmit(std::span<const std::uint8_t> command,
                           std::vector<std::uint8_t>& response) override {
+    const MutexLock guard(lock_);
     if (lost_ != TransportError::kNone) return lost_;
     sent_.push_back(command.size() > 1 ? command[1] : std::uint8_t{0});
     if (left_ == 0 || --left_ > 0) return channel_.Transmit(command, response);
@@ -94,6 +105,7 @@ class FaultyChannel final : public CardChannel {
     return TransportError::kNone;
   }
   TransportError BeginTransaction() override {
+    const MutexLock guard(lock_);
     return lost_ != TransportError::kNone ? lost_ : channel_.BeginTransaction();
   }
   void EndTransaction() override { channel_.EndTransaction(); }
@@ -101,19 +113,21 @@ class FaultyChannel final : public CardChannel {
   std::string Description() const override { return channel_.Description(); }
 
  private:
-  TransportError After(std::span<const std::uint8_t> command, TransportError error) {
+  TransportError After(std::span<const std::uint8_t> command, TransportError error)
+      REQUIRES(lock_) {
     std::vector<std::uint8_t> ignored;
     const TransportError below = channel_.Transmit(command, ignored);
     return below == TransportError::kNone ? error : below;
   }
 
   CardChannel& channel_;
-  std::uint32_t left_ = 0;
-  Fault fault_ = Fault::kRefused;
-  bool fired_ = false;
-  std::vector<std::uint8_t> sent_;
-  bool gone_ = false;
-  TransportError lost_ = TransportError::kNone;
+  mutable Mutex lock_;
+  std::uint32_t left_ GUARDED_BY(lock_) = 0;
+  Fault fault_ GUARDED_BY(lock_) = Fault::kRefused;
+  bool fired_ GUARDED_BY(lock_) = false;
+  std::vector<std::uint8_t> sent_ GUARDED_BY(lock_);
+  bool gone_ GUARDED_BY(lock_) = false;
+  TransportError lost_ GUARDED_BY(lock_) = TransportError::kNone;
 };
 
 }  // namespace kelpin::device::card

@@ -42,8 +42,13 @@ using Texts = std::vector<std::u16string>;
 // The program with its watchers on a software card, every field switched on.
 class EntryFlow {
  public:
-  explicit EntryFlow(const std::string& sample, const ImageChange& change = nullptr)
-      : card(sample, change) {
+  // What stands between the program and the card; it lives as long as the flow.
+  using Between =
+      std::function<std::unique_ptr<device::card::CardChannel>(device::card::CardChannel& card)>;
+
+  explicit EntryFlow(const std::string& sample, const ImageChange& change = nullptr,
+                     const Between& between = nullptr)
+      : card(sample, change), between_(between ? between(card.Channel()) : nullptr) {
     for (const char16_t* const name : {u"Enable_SNE", u"Enable_AAS", u"Enable_GAS"}) {
       SetSwitch(name, 1);
     }
@@ -179,7 +184,12 @@ class EntryFlow {
   }
 
   SoftCard card;
-  device::card::SimService service{card.Channel()};
+
+ private:
+  const std::unique_ptr<device::card::CardChannel> between_;
+
+ public:
+  device::card::SimService service{between_ ? *between_ : card.Channel()};
   device::card::CardDevices devices;
   test::Journal journal;
   test::FailPlan failures;

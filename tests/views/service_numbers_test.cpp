@@ -163,6 +163,7 @@ TEST_F(ServiceNumbersTest, AnEmptyListOfACardThatFailedSaysSo) {
   Show(kCommand, kDialog, [&](ui::Dialog& dialog) {
     ASSERT_TRUE(
         Await([&] { return dialog.List(1034)->Message().text == u"The card could not be read"; }));
+    EXPECT_EQ(dialog.List(1034)->Message().hint, u"Close this list and open it again.");
   });
   EXPECT_THAT(BoxTexts(), ElementsAre(u"SIM is busy."));
 }
@@ -176,6 +177,17 @@ TEST_F(ServiceNumbersTest, ARecordThatFailsLeavesTheRowsBeforeItAndACardsFailure
     EXPECT_EQ(dialog.List(1034)->ItemCount(), 1);
   });
   EXPECT_THAT(BoxTexts(), ElementsAre(u"SIM is busy."));
+}
+
+TEST_F(ServiceNumbersTest, ARecordThatFailsOnACardThatIsReadyIsNotTold) {
+  OpenMain();
+  FailCommand(platform::kRilSimReadRecord, kFile, 4);
+  ShowList(2, [&](ui::Dialog&, ui::ListView& list) {
+    EXPECT_THAT(RowsOf(list), ElementsAre(u"1|Police|110", u"3|Help|+1234567890123456789098765"));
+    EXPECT_EQ(list.NextItem(-1, kSelectedFocused), 0);
+    EXPECT_EQ(Calls("SimGetDevCaps"), 1u);
+  });
+  EXPECT_TRUE(Boxes().empty());
 }
 
 TEST_F(ServiceNumbersTest, NothingOpensOnACardThatIsNotReady) {
@@ -302,6 +314,7 @@ TEST_F(ServiceNumbersTest, ClosingEndsAFillUnderWay) {
   });
   Show(kCommand, kDialog, [&](ui::Dialog& dialog) {
     device.radio.AwaitCommands(2);
+    EXPECT_TRUE(device.screen.WaitCursor());
     dialog.Command(2);
   });
   EXPECT_TRUE(Await([&] { return !device.screen.WaitCursor(); }));

@@ -206,6 +206,13 @@ const Pair& Choose(ui::Dialog& dialog, bool first, const Pair& one, const Pair& 
   return chosen;
 }
 
+// Room for a label that is broken where the line would be too wide: a letter takes two fifths of
+// the line's height.
+int LabelHeight(const ui::Dialog& dialog, int label, int width, int line) {
+  const int needed = static_cast<int>(dialog.Text(label).size()) * line * 2 / 5;
+  return needed > width ? 2 * line : line;
+}
+
 const Pair& NamePair(ui::Dialog& dialog, const app::AppState& state) {
   return Choose(dialog, state.settings.Show_MaxPhoneNumber2 != 0, kNumber2, kName);
 }
@@ -238,8 +245,9 @@ void SimInformationPage::Place(ui::Dialog& dialog, ui::Size client) {
   int y = metrics.gap;
   for (const Pair& pair :
        {kTotal, kEntries, NamePair(dialog, state_), NumberPair(dialog, state_), kSms}) {
-    dialog.SetBounds(pair.label, {metrics.margin, y, width, metrics.labelHeight});
-    y += metrics.labelHeight;
+    const int label = LabelHeight(dialog, pair.label, width, metrics.labelHeight);
+    dialog.SetBounds(pair.label, {metrics.margin, y, width, label});
+    y += label;
     dialog.SetBounds(pair.value, {metrics.margin, y, width, metrics.textLineHeight});
     y += metrics.textLineHeight + metrics.gap;
   }

@@ -182,6 +182,7 @@ TEST_F(SimInformationPageTest, LabelsAndValues) {
     EXPECT_EQ(dialog.Owner(), state->mainDialog);
     EXPECT_EQ(dialog.Title(), u"SIM Information");
     EXPECT_TRUE(dialog.HasDoneButton());
+    EXPECT_TRUE(dialog.InputPanelDown());
     EXPECT_EQ(dialog.Bar()->Resource(), 303);
     const std::vector<std::pair<int, std::u16string>> texts = {
         {1035, u"Total phonebook size:"},         {1037, u"50"},
@@ -197,6 +198,18 @@ TEST_F(SimInformationPageTest, LabelsAndValues) {
     dialog.Help();
   });
   EXPECT_EQ(Calls(kHelp), 0u);
+}
+
+TEST_F(SimInformationPageTest, OkCancelAndTheKeyCloseThePage) {
+  OpenSmartphoneMain();
+  for (const int command : {1, 2, 0x153}) {
+    ShowPage([&](ui::Dialog& dialog) {
+      dialog.Command(command);
+      EXPECT_TRUE(dialog.Ended()) << command;
+      EXPECT_EQ(dialog.Result(), 16);
+      EXPECT_EQ(dialog.Bar(), nullptr);
+    });
+  }
 }
 
 TEST_F(SimInformationPageTest, TheChosenPairsTakeTheRoomOfTheOthers) {
@@ -250,6 +263,23 @@ TEST_F(SimInformationPageTest, EitherSideLaysThePageOutAgain) {
     const int width = dialog.Bounds(1035).width;
     dialog.Resize({dialog.ClientSize().width + 100, dialog.ClientSize().height});
     EXPECT_EQ(dialog.Bounds(1035).width, width + 100);
+  });
+}
+
+TEST_F(SimInformationPageTest, ALabelThatIsTooWideForTheScreenIsBroken) {
+  SetSwitch(u"Show_MaxEmail", 1);
+  OpenSmartphoneMain();
+  ui::Metrics large = device.screen.GetMetrics();
+  large.labelHeight = 40;
+  device.screen.SetMetrics(large);
+  device.screen.SetClientSize({360, 560});
+  ShowPage([&](ui::Dialog& dialog) {
+    EXPECT_EQ(dialog.Bounds(1046).height, 80);  // 29 letters of 16 are wider than 328
+    EXPECT_EQ(dialog.Bounds(1051).height, 80);
+    EXPECT_EQ(dialog.Bounds(1052).y, dialog.Bounds(1051).y + 80);
+    dialog.Resize({700, 560});
+    EXPECT_EQ(dialog.Bounds(1051).height, 40);
+    EXPECT_EQ(dialog.Bounds(1052).y, dialog.Bounds(1051).y + 40);
   });
 }
 

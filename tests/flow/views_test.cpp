@@ -127,6 +127,18 @@ TEST_F(ViewsOnACard, SimInformationShowsTheCardsMeasures) {
   });
 }
 
+// The second numbers of two sets, 250 each; one file of 100 addresses, which both sets share.
+TEST_F(ViewsOnACard, SimInformationShowsTheCapacitiesOfTheExtendedFields) {
+  flow.SetSwitch(u"Show_MaxPhoneNumber2", 1);
+  flow.SetSwitch(u"Show_MaxEmail", 1);
+  flow.Open();
+  Show(324, 207, res::kInformationList, 5, [&](ui::Dialog&, ui::ListView& list) {
+    const Texts rows = RowsOf(list);
+    EXPECT_EQ(rows[2], u"2nd phone number storage capacity:|500");
+    EXPECT_EQ(rows[3], u"E-mail address storage capacity:|100");
+  });
+}
+
 TEST_F(ViewsOnACard, EveryNumberAndTheAddressOfAnEntryAreOffered) {
   flow.Open();
   flow.InEdit(kMueller, [&](ui::Dialog& dialog) {

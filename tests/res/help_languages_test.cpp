@@ -10,12 +10,12 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/utf8.h"
 #include "res/card_dialogs.h"
 #include "res/ids.h"
 #include "res/language.h"
 #include "res/string_table.h"
 #include "res/templates.h"
+#include "tests/res/help_text.h"
 
 // The help in other languages is the English page, told in other words: nothing is missing in it,
 // and what the program opens is found.
@@ -52,21 +52,6 @@ std::vector<std::string> Sorted(std::vector<std::string> texts) {
   return texts;
 }
 
-// Every character of the texts is in the basic plane.
-std::string Utf8(std::u16string_view text) {
-  std::string bytes;
-  for (const char16_t unit : text) {
-    AppendUtf8(unit, bytes);
-  }
-  bytes.erase(bytes.find_last_not_of(' ') + 1);
-  return bytes;
-}
-
-bool NamesMessage(const std::string& page, const std::string& text) {
-  return page.find("<td>" + text + "<") != std::string::npos ||
-         page.find("<br>" + text + "<") != std::string::npos;
-}
-
 constexpr const char* kSection = " id=\"([^\"]*)\"";
 
 TEST(HelpInGerman, HasTheSectionsOfTheEnglishPageInItsOrder) {
@@ -85,7 +70,7 @@ TEST(HelpInGerman, HasEverySectionThatADialogOpens) {
     opened.push_back(dialog->helpSection);
   }
   for (const std::u16string_view section : opened) {
-    EXPECT_THAT(sections, testing::Contains(Utf8(section)));
+    EXPECT_THAT(sections, testing::Contains(AsInHelp(section)));
   }
 }
 
@@ -119,12 +104,12 @@ TEST(HelpInGerman, NamesTheMessagesInTheWordsInWhichTheyAreShown) {
   ASSERT_TRUE(texts.has_value());
   int messages = 0;
   for (const auto& [id, text] : *texts) {
-    if (NamesMessage(English(), Utf8(EnglishText(id)))) {
+    if (NamesMessage(English(), AsInHelp(EnglishText(id)))) {
       ++messages;
-      EXPECT_TRUE(NamesMessage(German(), Utf8(text))) << id << ": " << Utf8(text);
+      EXPECT_TRUE(NamesMessage(German(), AsInHelp(text))) << id << ": " << AsInHelp(text);
     }
   }
-  EXPECT_GE(messages, 50);  // 41 answers of the card and 9 of the forms
+  EXPECT_GE(messages, 50);  // 41 answers of the card, 9 of the forms, and more
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <regex>
@@ -12,6 +13,7 @@
 #include "res/ids.h"
 #include "res/string_table.h"
 #include "res/templates.h"
+#include "tests/res/help_text.h"
 
 namespace kelpin::res {
 namespace {
@@ -114,21 +116,46 @@ TEST(Help, ClosesWhatItOpensAndEscapesWhatItShows) {
   EXPECT_TRUE(open.empty());
 }
 
-// What the card's answers are shown as, and what a form says.
-TEST(Help, TellsOfEveryMessageOfTheCardAndTheForms) {
-  std::vector<int> ids = {kStringNumberEmpty,    kStringNameTooLong,        kStringNumberTooLong,
-                          kStringNumber2Failed,  kStringNumber3Failed,      kStringEmailFailed,
-                          kStringNicknameFailed, kStringAddressBookUpdated, kStringNameCutNotice};
-  for (int id = kStringSimFailure; id <= kStringErrorOccurs; ++id) {
-    ids.push_back(id);
-  }
-  for (const int id : ids) {
-    std::string text = Narrow(EnglishText(id));
-    text.erase(text.find_last_not_of(' ') + 1);
-    EXPECT_TRUE(Help().find("<td>" + text) != std::string::npos ||
-                Help().find("<br>" + text) != std::string::npos)
-        << id << ": " << text;
-  }
+// Labels, and what is shown beside a message as its advice.
+constexpr int kNoMessages[] = {
+    kStringOptionsExplanation,  kStringOwnNumbersHeader, kStringMyNo,
+    kStringCopyProgress,        kTextNoEntriesHint,      kTextNoCardHint,
+    kTextCardNotReadHint,       kTextCardLockedHint,     kTextNoContactsHint,
+    kTextContactsNotOpenedHint, kTextPinWanted,          kTextPukWanted,
+    kTextNoNamedGroupsHint,     kTextReopenListHint};
+// Messages that are no whole sentences.
+constexpr int kFurtherMessages[] = {kStringNotAllCopiedQuestion,
+                                    kTextNoCard,
+                                    kTextCardNotRead,
+                                    kTextCardLocked,
+                                    kTextNoEntries,
+                                    kTextNoContacts,
+                                    kTextContactsNotOpened,
+                                    kTextNoOwnNumbers,
+                                    kTextNoServiceNumbers,
+                                    kTextNoNumberNames,
+                                    kTextNoGroupNames,
+                                    kTextNoNamedGroups,
+                                    kTextNoChosenNumbers};
+
+bool IsMessage(int id, const std::string& text) {
+  if (std::ranges::find(kFurtherMessages, id) != std::end(kFurtherMessages)) return true;
+  return (text.ends_with('.') || text.ends_with('?')) && !text.ends_with("...") &&
+         std::ranges::find(kNoMessages, id) == std::end(kNoMessages);
+}
+
+TEST(Help, TellsOfEveryMessageWordForWord) {
+  int messages = 0;
+  const auto look = [&messages](const StringEntry& entry) {
+    const std::string text = AsInHelp(entry.text);
+    if (IsMessage(entry.id, text)) {
+      ++messages;
+      EXPECT_TRUE(NamesMessage(Help(), text)) << entry.id << ": " << text;
+    }
+  };
+  std::ranges::for_each(kStrings, look);
+  std::ranges::for_each(kTexts, look);
+  EXPECT_GE(messages, 41 + 9 + 13);  // the card's answers, the forms', and those above
 }
 
 }  // namespace

@@ -43,6 +43,12 @@ class ApduFiles final : public CardFiles {
   TransportError BeginTransaction() override;
   void EndTransaction() override;
 
+  // The next command selects its file again.
+  void ForgetSelection() {
+    current_.reset();
+    folder_.reset();
+  }
+
   // No transaction is begun any more; one that is under way goes on. Any thread.
   void Stop() { stopped_ = true; }
 

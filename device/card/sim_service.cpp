@@ -115,7 +115,7 @@ void SimService::HeedEvents() {
   if (lost_.exchange(false)) session_.Drop();
   if (touched_.exchange(false)) session_.Forget();
   // One that others ever had to themselves may have been written to at any time since.
-  if (channel_.OthersMaySelect()) shared_ = true;
+  if (channel_.OthersMayWrite()) shared_ = true;
   if (afresh_.exchange(false) && shared_) session_.Forget();
 }
 

@@ -9,9 +9,9 @@
 #include <utility>
 #include <vector>
 
-#include "device/card/apdu_files.h"
 #include "device/card/card_channel.h"
 #include "device/card/card_session.h"
+#include "device/card/channel_files.h"
 #include "device/card/radio_commands.h"
 #include "device/card/task_queue.h"
 #include "platform/card_lock.h"
@@ -141,7 +141,7 @@ class SimService final : public platform::SimInterface,
   RadioAnswer TellChanged();
 
   CardChannel& channel_;
-  ApduFiles files_;
+  ChannelFiles files_;
   CardSession session_;
   RadioCommands commands_;
 

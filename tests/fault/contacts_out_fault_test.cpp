@@ -1,5 +1,4 @@
 #include <gmock/gmock.h>
-#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -8,6 +7,7 @@
 #include "device/contacts/sqlite/sqlite_store.h"
 #include "tests/contacts/copy_out_fixture.h"
 #include "tests/fault/faulty_channel.h"
+#include "tests/fault/killing_channel.h"
 #include "tests/flow/contacts_out_card.h"
 
 // Moving entries to Contacts with one call failing, or with the program killed at it: the first,
@@ -16,9 +16,9 @@
 namespace kelpin::contacts {
 namespace {
 
-using device::card::CardChannel;
 using device::card::Fault;
 using device::card::FaultyChannel;
+using device::card::KillingChannel;
 using device::card::ScratchFolder;
 using device::card::SoftCard;
 using device::contacts::SqliteStore;
@@ -167,37 +167,6 @@ TEST_P(ContactsOutCardFaultTest, WhatHasLeftTheCardIsWholeInContacts) {
 
 INSTANTIATE_TEST_SUITE_P(EachWay, ContactsOutCardFaultTest,
                          testing::Values(Fault::kRefused, Fault::kLostAfter, Fault::kResetBefore));
-
-// A channel at whose nth command the program is killed.
-class KillingChannel final : public CardChannel {
- public:
-  KillingChannel(CardChannel& channel, bool after) : channel_(channel), after_(after) {}
-  void Arm(std::uint32_t command) { left_ = command; }
-
-  device::card::TransportError Connect(std::vector<std::uint8_t>& atr) override {
-    return channel_.Connect(atr);
-  }
-  void Disconnect() override { channel_.Disconnect(); }
-  device::card::TransportError Transmit(std::span<const std::uint8_t> command,
-                                        std::vector<std::uint8_t>& response) override {
-    const bool now = left_ > 0 && --left_ == 0;
-    if (now && !after_) kill(getpid(), SIGKILL);
-    const device::card::TransportError error = channel_.Transmit(command, response);
-    if (now) kill(getpid(), SIGKILL);
-    return error;
-  }
-  device::card::TransportError BeginTransaction() override { return channel_.BeginTransaction(); }
-  void EndTransaction() override { channel_.EndTransaction(); }
-  void SetListener(device::card::CardChannelListener* listener) override {
-    channel_.SetListener(listener);
-  }
-  std::string Description() const override { return channel_.Description(); }
-
- private:
-  CardChannel& channel_;
-  const bool after_;
-  std::uint32_t left_ = 0;
-};
 
 // The program in a process of its own, killed at its nth command to the card; true when it was.
 bool MoveAndKill(const std::string& cardFile, const std::string& storeFile, std::uint32_t command,

@@ -5,7 +5,7 @@ set -eu
 
 build="g++ cmake ninja-build ccache qt6-base-dev qt6-svg-dev libgl-dev nlohmann-json3-dev
   libsqlite3-dev libcli11-dev libspdlog-dev python3-minimal fonts-dejavu-core libgtest-dev
-  libgmock-dev libbenchmark-dev xdg-utils pkg-config libpcsclite-dev"
+  libgmock-dev libbenchmark-dev xdg-utils pkg-config libpcsclite-dev libboost-dev"
 headless="xvfb xauth"
 test="clang clang-format-14 libclang-rt-14-dev llvm-14 libgtest-dev libgmock-dev libbenchmark-dev
   python3 dbus at-spi2-core python3-pyatspi python3-dbusmock fonts-droid-fallback pcscd

@@ -1,4 +1,5 @@
-// The software card behind a virtual reader, so that every program that knows smart cards sees it.
+// The software card behind a virtual reader, so that every program that knows smart cards sees it,
+// or in a modem, so that every program that speaks to one does.
 
 #include <pthread.h>
 #include <signal.h>
@@ -8,14 +9,17 @@
 #include <atomic>
 #include <chrono>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <thread>
+#include <utility>
 
 #include "device/softcard/soft_channel.h"
 #include "platform/mutex.h"
+#include "tools/softcard_modem.h"
 #include "tools/vpcd_link.h"
 
 namespace {
@@ -29,7 +33,9 @@ constexpr int kExitUsage = 2;
 constexpr std::chrono::milliseconds kPatience{5000};
 
 constexpr const char* kFooter =
-    "The card is in the reader as long as this runs; SIGTERM or Ctrl+C takes it out.\n"
+    "The card is in the reader, or the modem, as long as this runs; SIGTERM or Ctrl+C takes it "
+    "out.\n"
+    "As a modem it prints the port to open: kelpin --sim modem:PORT.\n"
     "Every change is in the image before the command is answered. Traces mask the PINs.\n"
     "Ends with 0 when it was told to, 1 when something failed, 2 for a wrong command line.";
 
@@ -38,6 +44,8 @@ struct Options {
   std::string address = "localhost:35963";
   std::string trace;
   int delay = 0;
+  bool asModem = false;
+  tools::ModemOptions modem;
 };
 
 std::string CheckAddress(const std::string& text) {
@@ -65,10 +73,10 @@ class Ending {
     ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
   }
 
-  // Null: none. False when the end was asked for.
-  bool Serving(VpcdLink* link) {
+  // `stop` ends what serves now; null: nothing does. False when the end was asked for.
+  bool Serving(std::function<void()> stop) {
     const MutexLock hold(lock_);
-    link_ = link;
+    stop_ = std::move(stop);
     return !asked_;
   }
 
@@ -88,14 +96,14 @@ class Ending {
     {
       const MutexLock hold(lock_);
       asked_ = true;
-      if (link_ != nullptr) link_->Stop();
+      if (stop_) stop_();
     }
     card_.Remove();  // ends a slow command
   }
 
   SoftChannel& card_;
   Mutex lock_;
-  VpcdLink* link_ GUARDED_BY(lock_) = nullptr;
+  std::function<void()> stop_ GUARDED_BY(lock_);
   bool asked_ GUARDED_BY(lock_) = false;
   std::thread thread_;
 };
@@ -122,11 +130,18 @@ int Run(const Options& options) {
   }
 
   Ending ending(*card);
+  if (options.asModem) {
+    tools::SoftcardModem modem(*card, options.modem);
+    if (!modem.Open(why)) return Fail(why);
+    if (ending.Serving([&modem] { modem.Stop(); })) modem.Serve();
+    ending.Serving(nullptr);
+    return 0;
+  }
   for (;;) {
     const std::unique_ptr<VpcdLink> link = VpcdLink::Connect(host, port, kPatience, why);
     if (link == nullptr) return ending.Serving(nullptr) ? Fail(why) : 0;
     VpcdLink::End end = VpcdLink::End::kStopped;
-    if (ending.Serving(link.get())) {
+    if (ending.Serving([&link] { link->Stop(); })) {
       end = link->Serve(*card, std::chrono::milliseconds(options.delay));
     }
     if (!ending.Serving(nullptr)) return 0;
@@ -148,12 +163,34 @@ int Run(const Options& options) {
 
 int main(int argc, char** argv) {
   Options options;
-  CLI::App cli{"A software SIM or USIM card in a virtual reader (vpcd) of pcscd",
+  CLI::App cli{"A software SIM or USIM card in a virtual reader (vpcd) of pcscd, or in a modem",
                "kelpin-softcard"};
   cli.add_option("--image", options.image, "The card image")->required()->type_name("FILE");
-  cli.add_option("--vpcd", options.address, "The reader, else " + options.address)
-      ->check(CheckAddress)
-      ->type_name("HOST:PORT");
+  CLI::Option* const reader =
+      cli.add_option("--vpcd", options.address, "The reader, else " + options.address)
+          ->check(CheckAddress)
+          ->type_name("HOST:PORT");
+  CLI::Option* const modem =
+      cli.add_option("--modem", options.modem.link,
+                     "A modem on a pseudo-terminal instead of a reader; LINK leads to it")
+          ->expected(0, 1)
+          ->type_name("[LINK]")
+          ->excludes(reader);
+  cli.add_flag("!--no-cgla", options.modem.abilities.logicalChannels,
+               "The modem knows no logical channels (+CCHO, +CGLA)")
+      ->needs(modem);
+  cli.add_flag("!--no-csim", options.modem.abilities.apdus, "The modem does not know +CSIM")
+      ->needs(modem);
+  cli.add_flag("!--no-crsm", options.modem.abilities.fileCommands, "The modem does not know +CRSM")
+      ->needs(modem);
+  cli.add_flag("!--no-paths", options.modem.abilities.folders,
+               "The modem's +CRSM takes no notice of paths")
+      ->needs(modem);
+  cli.add_option("--unsolicited-ms", options.modem.unsolicited,
+                 "The modem tells its signal of its own accord, every N milliseconds")
+      ->check(CLI::Range(1, 60000))
+      ->type_name("N")
+      ->needs(modem);
   cli.add_option("--delay-ms", options.delay, "Every command takes at least so long")
       ->check(CLI::Range(0, 60000))
       ->type_name("N");
@@ -166,6 +203,8 @@ int main(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return cli.exit(error) == 0 ? 0 : kExitUsage;
   }
+  options.asModem = modem->count() > 0;
+  options.modem.delay = std::chrono::milliseconds(options.delay);
   Ending::HoldSignals();
   return Run(options);
 }

@@ -18,7 +18,8 @@ class CardHold {
   AppState& state_;
 };
 
-// Another card is in than the one that the open dialog is for: it takes no change.
+// Another card is in than the one that the open dialog is for, or that was listed: it takes no
+// change. Any thread.
 bool CardIsExchanged(const AppState& state);
 
 }  // namespace kelpin::app

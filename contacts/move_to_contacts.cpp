@@ -100,6 +100,10 @@ void MoveToContacts::MoveNext() {
     End();
     return;
   }
+  if (step == SimToContacts::Step::kExchanged) {
+    TellStopped();
+    return;
+  }
   if (step == SimToContacts::Step::kNoneLeft) {
     Tell();
     return;

@@ -106,6 +106,10 @@ bool SaveToContacts::CopyEach(SimToContacts& run, const Watch& watch) {
     if (step == SimToContacts::Step::kUnreadable) {
       return false;
     }
+    if (step == SimToContacts::Step::kExchanged) {
+      summary_ = StoppedText();
+      return true;
+    }
     if (step == SimToContacts::Step::kNoneLeft) {
       break;
     }

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "app/app_state.h"
+#include "app/card_hold.h"
 #include "app/main_list.h"
 #include "res/ids.h"
 #include "sim/ril_ext_phonebook.h"
@@ -62,6 +63,11 @@ SimToContacts::Step SimToContacts::CopyNext(ui::WindowHandle owner, EntryCopy& e
     return Step::kUnreadable;
   }
   ReadFields(entry);
+  // Those were perhaps another card's; the name and the number are of the one that was listed.
+  if (app::CardIsExchanged(state_)) {
+    --counters_.processed;
+    return Step::kExchanged;
+  }
   Save(owner, entry);
   return Step::kCopied;
 }

@@ -39,6 +39,7 @@ class SimToContacts {
     kCopied,  // or left alone: the entry was taken in hand
     kNoneLeft,
     kUnreadable,  // the row holds no entry; the run is to end
+    kExchanged,   // another card is in than the one that was listed; the run is to end
   };
 
   SimToContacts(app::AppState& state, ChosenRows& rows, OverwritePrompt& prompt);

@@ -39,8 +39,8 @@ class CardProgram {
   CardProgram(device::card::CardChannel& channel, platform::ContactsStore& contacts,
               bool realThreads = false)
       : service(channel),
-        ports{service,  service,   devices,  registry, kernel, shell,
-              programs, telephone, contacts, clock,    log,    screen},
+        ports{service,  service, devices, registry, kernel,  shell, programs, telephone,
+              contacts, clock,   log,     screen,   nullptr, true,  &service},
         state(ports) {
     kernel.SetThreadMode(realThreads ? test::FakeKernel::ThreadMode::kRun
                                      : test::FakeKernel::ThreadMode::kHold);

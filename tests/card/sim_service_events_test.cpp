@@ -7,6 +7,7 @@
 
 #include "device/card/sim_service.h"
 #include "tests/card/radio_client.h"
+#include "tests/card/shared_channel.h"
 #include "tests/card/sim_client.h"
 #include "tests/card/soft_card.h"
 
@@ -103,29 +104,6 @@ TEST(SimServiceEvents, ACardResetInTheMiddleOfAListIsReadToTheEnd) {
   ASSERT_EQ(result.code, platform::kRilResultOk);
   EXPECT_EQ(RadioClient::Records<platform::RilPhonebookEntry>(result).size(), 180U);
 }
-
-// A channel of which another program is known to have touched the card.
-class SharedChannel final : public CardChannel {
- public:
-  explicit SharedChannel(CardChannel& channel) : channel_(channel) {}
-  void Touch() { listener_->CardTouched(); }
-
-  TransportError Connect(std::vector<std::uint8_t>& atr) override { return channel_.Connect(atr); }
-  void Disconnect() override { channel_.Disconnect(); }
-  TransportError Transmit(std::span<const std::uint8_t> command,
-                          std::vector<std::uint8_t>& response) override {
-    return channel_.Transmit(command, response);
-  }
-  TransportError BeginTransaction() override { return channel_.BeginTransaction(); }
-  void EndTransaction() override { channel_.EndTransaction(); }
-  bool OthersMaySelect() const override { return true; }
-  void SetListener(CardChannelListener* listener) override { listener_ = listener; }
-  std::string Description() const override { return channel_.Description(); }
-
- private:
-  CardChannel& channel_;
-  CardChannelListener* listener_ = nullptr;
-};
 
 TEST(SimServiceEvents, WhatAnotherProgramChangedIsReadFromTheCardAndToldOf) {
   SoftCard card("usim");

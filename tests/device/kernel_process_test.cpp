@@ -12,6 +12,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -328,6 +329,28 @@ TEST_F(KernelProcessTest, NamesAreToldApartByEveryCharacterAndStayInTheFolder) {
   bool exists = false;
   EXPECT_EQ(kernel_->CreateMutex(std::u16string(300, u'n'), false, exists), nullptr);
   EXPECT_EQ(kernel_->CreateEvent(std::u16string(300, u'n')), nullptr);
+}
+
+TEST_F(KernelProcessTest, AnEventHasOneFileOfOneSizeWhoeverUsedIt) {
+  const auto files = [this] {
+    std::map<std::string, std::uintmax_t> sizes;
+    for (const auto& file : std::filesystem::directory_iterator(folder_.Path())) {
+      sizes[file.path().filename().string()] = file.file_size();
+      EXPECT_EQ(file.status().permissions(), std::filesystem::perms(0600));
+    }
+    return sizes;
+  };
+  kernel_->CreateEvent(kName)->EventModify(EventAction::kSet);
+  const auto before = files();
+  EXPECT_EQ(before.size(), 1u);
+  for (int round = 0; round < 50; ++round) {
+    const auto event = kernel_->CreateEvent(kName);
+    Child killed(Waits(platform::kInfinite));
+    AwaitWaiters(*Memory(), 1);
+    killed.Kill();
+    event->EventModify(EventAction::kPulse);
+  }
+  EXPECT_EQ(files(), before);
 }
 
 TEST_F(KernelProcessTest, WhatAnInterruptedMakerLeftIsMadeAnew) {

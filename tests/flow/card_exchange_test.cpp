@@ -5,6 +5,7 @@
 #include <functional>
 #include <string>
 
+#include "editor/name_family.h"
 #include "tests/flow/entry_editor_flow.h"
 
 // The card is exchanged for another while a dialog is open that was begun for the first one. The
@@ -79,20 +80,24 @@ TEST_F(CardExchange, ANewEntryIsNotSavedToTheOtherCard) {
   EXPECT_TRUE(OtherCard() == image["mf"]);
 }
 
-TEST_F(CardExchange, AChangedNameGoesToNoListOfTheOtherCard) {
+class NamesExchange : public CardExchange, public testing::WithParamInterface<bool> {};
+
+TEST_P(NamesExchange, AChangedNameGoesToNoListOfTheOtherCard) {
+  const NameFamily& family = GetParam() ? kGroupNames : kNumberNames;
+  const int command = GetParam() ? res::kCommandGroupNames : res::kCommandNumberNames;
   flow.Open();
-  flow.In(res::kDialogNumberNames, res::kCommandNumberNames, [&](ui::Dialog& dialog) {
-    ui::ListView& names = *dialog.List(res::kNumberNamesList);
+  flow.In(family.listDialog, command, [&](ui::Dialog& dialog) {
+    ui::ListView& names = *dialog.List(family.list);
     ASSERT_GT(names.ItemCount(), 0);
     const std::u16string before = names.ItemText(0, 1);
     bool asked = false;
-    flow.screen.ScriptDialog(217, [&](ui::Dialog& name) {
+    flow.screen.ScriptDialog(family.nameDialog, [&](ui::Dialog& name) {
       asked = true;
-      flow.Type(name, 2001, u"Yacht");
+      flow.Type(name, family.name, u"Yacht");
       Exchange();
       name.PressSoftKey(0);
       EXPECT_FALSE(name.Ended());
-      EXPECT_EQ(name.Text(2001), u"Yacht");
+      EXPECT_EQ(name.Text(family.name), u"Yacht");
       if (!name.Ended()) name.Close();
     });
     names.SetSelectionMark(0);
@@ -105,6 +110,31 @@ TEST_F(CardExchange, AChangedNameGoesToNoListOfTheOtherCard) {
   });
   ExpectUntouchedAndUsable();
 }
+
+TEST_P(NamesExchange, ANameThatWasNotErasedIsNotShownAsErased) {
+  const NameFamily& family = GetParam() ? kGroupNames : kNumberNames;
+  const int command = GetParam() ? res::kCommandGroupNames : res::kCommandNumberNames;
+  flow.Open();
+  flow.In(family.listDialog, command, [&](ui::Dialog& dialog) {
+    ui::ListView& names = *dialog.List(family.list);
+    ASSERT_GT(names.ItemCount(), 0);
+    const std::u16string before = names.ItemText(0, 1);
+    ASSERT_NE(before, u"");
+    Exchange();
+    names.SetSelectionMark(0);
+    names.SetItemState(0, ui::kItemSelected | ui::kItemFocused,
+                       ui::kItemSelected | ui::kItemFocused);
+    flow.screen.RunPending();
+    flow.screen.SetDefaultAnswers(ui::BoxAnswer::kOk, ui::BoxAnswer::kYes);
+    dialog.PressSoftKey(1);
+    EXPECT_EQ(flow.BoxTexts().back(), kWrong);
+    EXPECT_EQ(names.ItemText(0, 1), before);
+  });
+  ExpectUntouchedAndUsable();
+}
+
+INSTANTIATE_TEST_SUITE_P(Lists, NamesExchange, testing::Bool(),
+                         [](const auto& test) { return test.param ? "Groups" : "NumberNames"; });
 
 TEST_F(CardExchange, AnOwnNumberOfTheOldCardIsNotWrittenToTheOther) {
   flow.Open();

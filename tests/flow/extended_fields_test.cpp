@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 #include "app/app_state.h"
@@ -40,6 +41,7 @@ class ExtendedFieldsTest : public testing::Test {
       Write(FieldSlot::kNickname, index, u"Ana");
       WriteNumber(FieldSlot::kSecondNumber, index, u"+4930231251231234567890123");
       WriteNumber(FieldSlot::kThirdNumber, index, u"112");
+      ASSERT_TRUE(state.extPhonebook.WriteGroup(index, std::vector<std::uint8_t>{1, 2}));
     }
   }
 
@@ -75,6 +77,11 @@ class ExtendedFieldsTest : public testing::Test {
     static_cast<void>(state.extPhonebook.ReadNumberField(slot, index, existing, field));
     return field.number;
   }
+  std::vector<std::uint8_t> Groups(std::uint32_t index) {
+    std::vector<std::uint8_t> groups;
+    EXPECT_EQ(state.extPhonebook.ReadGroup(index, groups), sim::FieldResult::kRead);
+    return groups;
+  }
   void ClearAll(std::uint32_t index) {
     for (const ExtendedField field :
          {ExtendedField::kNumber2, ExtendedField::kNumber3, ExtendedField::kEmail,
@@ -87,6 +94,7 @@ class ExtendedFieldsTest : public testing::Test {
     EXPECT_EQ(Text(FieldSlot::kNickname, index), u"Ana");
     EXPECT_EQ(Number(FieldSlot::kSecondNumber, index), u"+4930231251231234567890123");
     EXPECT_EQ(Number(FieldSlot::kThirdNumber, index), u"112");
+    EXPECT_EQ(Groups(index), (std::vector<std::uint8_t>{1, 2}));
   }
 
   device::card::SoftCard card{"usim"};
@@ -116,6 +124,7 @@ TEST_F(ExtendedFieldsTest, ClearingAnEntryLeavesNothingForTheNextAtItsPlace) {
   EXPECT_EQ(Text(FieldSlot::kNickname, kEntry), u"");
   EXPECT_EQ(Number(FieldSlot::kSecondNumber, kEntry), u"");
   EXPECT_EQ(Number(FieldSlot::kThirdNumber, kEntry), u"");
+  EXPECT_EQ(Groups(kEntry), std::vector<std::uint8_t>{});
   ExpectKept(kNeighbour);
 }
 
@@ -131,6 +140,19 @@ TEST_F(ExtendedFieldsTest, ALocationBeyondTheFourthSetIsLeftAlone) {
   ClearAll(1001);
   EXPECT_EQ(card.Channel().CommandCount(), before);
   ExpectKept(kEntry);
+}
+
+TEST_F(ExtendedFieldsTest, ACardWithoutSuchFilesIsNotAskedForThem) {
+  device::card::SoftCard plain("sim-250");
+  std::string error;
+  const std::string file = plain.File() + ".copy";  // the other channel has the file itself
+  std::filesystem::copy_file(plain.File(), file);
+  ASSERT_TRUE(card.Channel().Insert(file, error)) << error;
+  LoadExtendedLayout(state);
+  EXPECT_FALSE(state.extPhonebook.HasGroups());
+  const auto before = card.Channel().CommandCount();
+  ClearAll(kEntry);
+  EXPECT_EQ(card.Channel().CommandCount(), before);
 }
 
 TEST_F(ExtendedFieldsTest, ACardThatIsGoneIsNotToldOf) {

@@ -10,8 +10,10 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
+#include <QStyle>
 #include <algorithm>
 
+#include "device/qt/breakable_text.h"
 #include "device/qt/button_words.h"
 #include "device/qt/text.h"
 #include "device/qt/theme.h"
@@ -101,14 +103,15 @@ MessageWindow::MessageWindow(std::u16string_view text, std::u16string_view capti
   scroll_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   scroll_->setWidgetResizable(true);
   scroll_->setFocusPolicy(Qt::NoFocus);
-  auto* body = new QLabel(ToQt(text));
-  body->setObjectName(QStringLiteral("messageText"));
-  body->setTextFormat(Qt::PlainText);
-  body->setFont(FontFor(TextRole::kBase));
-  body->setWordWrap(true);
-  body->setAlignment(Qt::AlignLeft | Qt::AlignTop);
-  body->setTextInteractionFlags(Qt::TextSelectableByMouse);
-  scroll_->setWidget(body);
+  text_ = new QLabel(ToQt(text));
+  text_->setAccessibleName(ToQt(text));
+  text_->setObjectName(QStringLiteral("messageText"));
+  text_->setTextFormat(Qt::PlainText);
+  text_->setFont(FontFor(TextRole::kBase));
+  text_->setWordWrap(true);
+  text_->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+  text_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  scroll_->setWidget(text_);
   column->addWidget(scroll_, 1);
   column->addSpacing(kMargin - 12);
 
@@ -132,7 +135,10 @@ MessageWindow::MessageWindow(std::u16string_view text, std::u16string_view capti
 void MessageWindow::FitTo(QSize room) {
   const int width = std::max(240, std::min(room.width() - 16, std::max(kWidth, Scaled(kWidth))));
   setFixedWidth(width);
-  const int text = scroll_->widget()->heightForWidth(width - 2 * kMargin);
+  const int line = width - 2 * kMargin;
+  const int beside = line - style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+  text_->setText(BreakableText(text_->text(), text_->font(), beside));
+  const int text = text_->heightForWidth(line);
   scroll_->setFixedHeight(0);
   const int frame = layout()->totalHeightForWidth(width);
   scroll_->setFixedHeight(std::min(text, std::max(Scaled(40), room.height() - 16 - frame)));

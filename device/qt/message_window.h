@@ -6,6 +6,7 @@
 #include "ui/screen.h"
 
 QT_BEGIN_NAMESPACE
+class QLabel;
 class QScrollArea;
 QT_END_NAMESPACE
 
@@ -42,6 +43,7 @@ class MessageWindow : public QDialog {
   ui::BoxAnswer answer_;
   bool given_ = false;
   QScrollArea* scroll_ = nullptr;
+  QLabel* text_ = nullptr;
 };
 
 }  // namespace kelpin::qt

@@ -27,6 +27,9 @@ constexpr std::uint32_t kSelectedFocused = ui::kItemSelected | ui::kItemFocused;
 // The card's own notices of the last writes have come by then.
 constexpr std::uint32_t kNoticePause = 1000;  // milliseconds
 
+// So much of a contact's name tells which one it is.
+constexpr std::size_t kShownNameLimit = 60;
+
 // Values of CToSim_Type.
 constexpr std::uint32_t kEachNumber = 0;
 constexpr std::uint32_t kAskEachContact = 1;
@@ -244,6 +247,10 @@ ContactsToSimRun::Next ContactsToSimRun::Refused(const Entry& entry, SimResult r
     refused_ = !entry.name.empty()     ? entry.name
                : !entry.number.empty() ? entry.number
                                        : entry.more->email;
+    if (refused_.size() > kShownNameLimit) {
+      CutText(refused_, kShownNameLimit);
+      refused_ += u'\u2026';
+    }
   }
   return Fail(result);
 }

@@ -70,6 +70,15 @@ TEST_F(ContactsToSimEndTest, AContactWithoutANameIsNamedByWhatItHas) {
   }
 }
 
+TEST_F(ContactsToSimEndTest, OfALongNameEnoughIsShown) {
+  state->settings.CToSim_Type = 2;
+  Add(std::u16string(200, u'x'), u"5");
+  Copy();
+  ASSERT_EQ(Boxes().size(), 3u);
+  EXPECT_NE(Boxes()[0].text.find(u"\"" + std::u16string(60, u'x') + u"\u2026\" does not fit"),
+            std::u16string::npos);
+}
+
 // A stop ends as a run that went through does.
 TEST_F(ContactsToSimEndTest, AStopWaitsSortsAndClosesBeforeTheErrorIsTold) {
   state->settings.CToSim_Type = 2;

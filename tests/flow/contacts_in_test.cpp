@@ -112,6 +112,49 @@ TEST_F(ContactsInTest, AnEmailIsCutToTheCardsRecord) {
   EXPECT_EQ(program.Email(program.Find(u"Ann")), std::u16string(file.recordLength - 2, u'e'));
 }
 
+// The card's e-mail file with a record for each entry.
+TEST_F(ContactsInTest, AnEmailFillsTheRecordThatHasNoLinkBehindIt) {
+  SoftCard parallel("usim-empty", [](nlohmann::json& image) {
+    // Its tag goes from the files that are linked (A9) to those side by side with the entries (A8).
+    for (nlohmann::json& record :
+         device::card::ImageFile(image, {"7F10", "5F3A", "4F30"})["records"]) {
+      std::string hex = record.is_string() ? record.get<std::string>() : "";
+      const std::size_t linked = hex.find("A908CA024F");
+      if (linked == std::string::npos) continue;
+      const std::string email = hex.substr(linked + 4, 8);
+      hex.erase(linked, 12);
+      hex.insert(linked, email + "A904");
+      hex.replace(0, 4, "A819");
+      record = hex;
+    }
+    for (const char* id : {"4F50", "4F51"}) {
+      device::card::ImageFile(image, {"7F10", "5F3A", id})["recordCount"] = 250;
+    }
+  });
+  Add(u"Ann", u"1", u"", std::u16string(100, u'e'));
+  CardProgram program(parallel.Channel(), store);
+  program.Put(u"CToSim_Type", 2);
+  program.Open();
+  ASSERT_EQ(program.state.extPhonebook.SlotInUse(0, sim::FieldSlot::kEmail).fileClass,
+            sim::kClassType1);
+  program.Copy(kCopy);
+  EXPECT_EQ(program.Email(program.Find(u"Ann")), std::u16string(42, u'e'));
+}
+
+TEST_F(ContactsInTest, WithoutQuestionsNoFieldIsWritten) {
+  Add(u"Ann", u"1", u"22", u"ann@example.org");
+  CardProgram program(card.Channel(), store);
+  program.Put(u"CToSim_Type", 2);
+  program.Put(u"Disable_Prompt_Contact_Exist", 1);
+  program.Open();
+  program.Copy(kMove);
+  EXPECT_THAT(program.Rows(), ElementsAre(u"Ann|1"));
+  EXPECT_EQ(program.Number2(program.Find(u"Ann")), u"");
+  EXPECT_EQ(program.Email(program.Find(u"Ann")), u"");
+  EXPECT_EQ(store.Contacts().size(), 1u);
+  EXPECT_THAT(Texts(program), IsEmpty());
+}
+
 TEST_F(ContactsInTest, ACardWithoutSuchFilesKeepsTheContactOfAMove) {
   Add(u"Ann", u"1", u"22", u"ann@example.org");
   Add(u"Bob", u"3");
@@ -155,6 +198,52 @@ TEST_F(ContactsInTest, TextsOfAnyKindGoToTheCardAndBack) {
   CardProgram again(card.Channel(), store);
   again.Open();
   for (const std::u16string& name : names) EXPECT_NE(again.Find(name), 0u);
+}
+
+TEST_F(ContactsInTest, NumbersOfAnyKindGoToTheCardAsTheyCanBeDialled) {
+  Add(u"Wide", u"\uFF10\uFF13\uFF10 \uFF11\uFF12");
+  Add(u"Brackets", u"+49 (30) 1-2/3");
+  Add(u"Letters", u"1-800-FLOWERS");
+  Add(u"Without", u"");
+  Add(u"", u"5");
+  Add(u"Long", std::u16string(300, u'7'), std::u16string(300, u'8'), std::u16string(300, u'e'));
+  CardProgram program(card.Channel(), store);
+  program.Put(u"CToSim_Type", 2);
+  program.Open();
+  const std::size_t most = program.state.simPhonebook.MaxNumberLength();
+  ASSERT_LT(most, 255u);
+  program.Copy(kCopy);
+  EXPECT_THAT(program.Rows(), testing::UnorderedElementsAre(u"Wide|03012", u"Brackets|+4930123",
+                                                            u"Letters|1800", u"Without|", u"|5",
+                                                            u"Long|" + std::u16string(most, u'7')));
+  EXPECT_EQ(program.Number2(program.Find(u"Long")), std::u16string(40, u'8'));
+  // 42 bytes a record, of which two are the link to the entry.
+  EXPECT_EQ(program.Email(program.Find(u"Long")), std::u16string(40, u'e'));
+  EXPECT_THAT(Texts(program),
+              ElementsAre(u"Contact(s) successfully added.\n\n - 6 new item(s).\n - 0 item(s) "
+                          u"overwritten.\n - 0 item(s) already exists."));
+}
+
+TEST_F(ContactsInTest, ANameThatIsTooLongIsCutForOneNumberAndNamedForTheWholeContact) {
+  const std::u16string greek(300, u'\u03B2');
+  Add(u"Ann", u"1");
+  Add(greek, u"2");
+  CardProgram program(card.Channel(), store);
+  program.Open();
+  // As many characters as the card has bytes for a name, which these take more of.
+  program.Copy(kCopy);
+  const std::size_t most = program.state.simPhonebook.MaxNameLength();
+  ASSERT_EQ(Texts(program).size(), 3u);
+  EXPECT_TRUE(Texts(program)[0].starts_with(u"1 of 2 contacts are done. \"" +
+                                            std::u16string(most, u'\u03B2') + u"\" does not fit"));
+  EXPECT_EQ(Texts(program)[1], u"Bad parameter.");
+  EXPECT_THAT(program.Rows(), ElementsAre(u"Ann|1"));
+
+  program.state.settings.Enable_CutName = 1;
+  program.screen.ScriptEveryDialog(356, [](ui::Dialog& box) { box.Command(361); });
+  program.Copy(kCopy);
+  EXPECT_THAT(program.Rows(),
+              ElementsAre(u"Ann|1", std::u16string(most / 2 - 1, u'\u03B2') + u"|2"));
 }
 
 }  // namespace

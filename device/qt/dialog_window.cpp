@@ -17,6 +17,7 @@
 #include "device/qt/label_views.h"
 #include "device/qt/list_pane.h"
 #include "device/qt/list_table.h"
+#include "device/qt/modality.h"
 #include "device/qt/popup_menu.h"
 #include "device/qt/soft_key_bar.h"
 #include "device/qt/text.h"
@@ -89,12 +90,22 @@ DialogWindow::Control DialogWindow::Make(const ui::ControlState& state) {
     case ui::ControlKind::kButton: {
       auto* button = new QPushButton(content_);
       button->setAutoDefault(false);
-      connect(button, &QPushButton::clicked, this, [this, id] { dialog_->PressButton(id); });
+      connect(button, &QPushButton::clicked, this, [this, id] {
+        if (!IsBlocked(*this)) {
+          dialog_->PressButton(id);
+        }
+      });
       return same(button);
     }
     case ui::ControlKind::kCheckBox: {
       auto* box = new QCheckBox(content_);
-      connect(box, &QCheckBox::clicked, this, [this, id] { dialog_->PressCheckBox(id); });
+      connect(box, &QCheckBox::clicked, this, [this, id, box] {
+        if (IsBlocked(*this)) {
+          box->setChecked(dialog_->Checked(id));
+        } else {
+          dialog_->PressCheckBox(id);
+        }
+      });
       return same(box);
     }
     case ui::ControlKind::kList: {
@@ -401,8 +412,9 @@ void DialogWindow::ShowPopup(const std::shared_ptr<ui::Menu>& menu, ui::Point po
     return;
   }
   auto* popup = new PopupMenu(
-      [dialog = std::weak_ptr<ui::Dialog>(dialog_)](int command) {
-        if (const std::shared_ptr<ui::Dialog> alive = dialog.lock()) {
+      [this, dialog = std::weak_ptr<ui::Dialog>(dialog_)](int command) {
+        const std::shared_ptr<ui::Dialog> alive = dialog.lock();
+        if (alive != nullptr && !IsBlocked(*this)) {
           alive->Command(command);
         }
       },

@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QEvent>
+#include <QKeyEvent>
 
 #include "device/qt/icons.h"
 #include "device/qt/text.h"
@@ -19,32 +20,28 @@ void PopupMenu::SetItems(const std::vector<ui::MenuItem>& items) {
     return;
   }
   items_ = items;
-  filling_ = true;
-  Fill(*this, items_);
-  filling_ = false;
+  Fill();
 }
 
-void PopupMenu::Fill(QMenu& menu, const std::vector<ui::MenuItem>& items) {
-  const auto subMenus = menu.findChildren<QMenu*>(Qt::FindDirectChildrenOnly);
-  menu.clear();
+void PopupMenu::Fill() {
+  filling_ = true;
+  const auto subMenus = findChildren<QMenu*>(Qt::FindDirectChildrenOnly);
+  clear();
   for (QMenu* subMenu : subMenus) {
     subMenu->deleteLater();
   }
-  for (const ui::MenuItem& item : items) {
+  for (const ui::MenuItem& item : items_) {
     if (item.IsSeparator()) {
-      menu.addSeparator();
+      addSeparator();
       continue;
     }
     const QString text = ToQt(item.text).replace(QLatin1Char('&'), QStringLiteral("&&"));
     const QIcon icon = AccentIcon(QString::fromStdString(item.icon), palette(), Scaled(20));
     if (!item.items.empty()) {
-      QMenu* subMenu = menu.addMenu(icon, text);
-      subMenu->setFont(font());
-      subMenu->setEnabled(item.enabled);
-      Fill(*subMenu, item.items);
+      AddSubMenu(item, icon, text);
       continue;
     }
-    QAction* action = menu.addAction(icon, text);
+    QAction* action = addAction(icon, text);
     // Shown and read out; a menu in no menu bar never acts on it, the dialog's accelerators do.
     action->setShortcut(QKeySequence::fromString(ToQt(item.keys), QKeySequence::PortableText));
     action->setShortcutContext(Qt::WidgetShortcut);
@@ -54,15 +51,58 @@ void PopupMenu::Fill(QMenu& menu, const std::vector<ui::MenuItem>& items) {
         action, &QAction::triggered, this, [this, command = item.command] { choose_(command); },
         Qt::QueuedConnection);
   }
+  filling_ = false;
+}
+
+void PopupMenu::AddSubMenu(const ui::MenuItem& item, const QIcon& icon, const QString& text) {
+  auto* subMenu = new PopupMenu([this](int command) { choose_(command); }, this);
+  subMenu->setFont(font());
+  subMenu->setTitle(text);
+  subMenu->setIcon(icon);
+  subMenu->SetItems(item.items);
+  subMenu->setEnabled(item.enabled);
+  addMenu(subMenu);
+}
+
+// Greyed items count, so that a letter always means the same.
+bool PopupMenu::GoToLetter(QChar letter) {
+  QList<QAction*> found;
+  for (QAction* action : actions()) {
+    if (!action->isSeparator() && action->text().startsWith(letter, Qt::CaseInsensitive)) {
+      found.push_back(action);
+    }
+  }
+  const bool single = found.size() == 1;
+  const auto active = found.indexOf(activeAction());
+  for (qsizetype step = 1; step <= found.size(); ++step) {
+    QAction* const next = found.at((active + step) % found.size());
+    if (next->isEnabled()) {
+      setActiveAction(next);
+      return single;
+    }
+  }
+  return false;
+}
+
+void PopupMenu::keyPressEvent(QKeyEvent* event) {
+  const QString text = event->text();
+  const Qt::KeyboardModifiers others = event->modifiers() & ~(Qt::ShiftModifier | Qt::AltModifier);
+  if (others != Qt::NoModifier || text.size() != 1 || !text.front().isLetterOrNumber()) {
+    QMenu::keyPressEvent(event);
+    return;
+  }
+  event->accept();
+  if (GoToLetter(text.front())) {
+    QKeyEvent enter(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+    QMenu::keyPressEvent(&enter);
+  }
 }
 
 // Icons are drawn in the palette's colours.
 void PopupMenu::changeEvent(QEvent* event) {
   QMenu::changeEvent(event);
   if (event->type() == QEvent::PaletteChange && !filling_ && !items_.empty()) {
-    filling_ = true;
-    Fill(*this, items_);
-    filling_ = false;
+    Fill();
   }
 }
 

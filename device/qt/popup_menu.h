@@ -10,6 +10,8 @@ namespace kelpin::qt {
 
 // A ui::Menu's items. Choices are told later, not while the menu still closes: what they start
 // may run its own event loop, and a screen reader waits for the press to return.
+//
+// A letter chooses the item that begins with it; of several it goes to the next.
 class PopupMenu : public QMenu {
   Q_OBJECT
 
@@ -20,9 +22,13 @@ class PopupMenu : public QMenu {
 
  protected:
   void changeEvent(QEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
 
  private:
-  void Fill(QMenu& menu, const std::vector<ui::MenuItem>& items);
+  void Fill();
+  void AddSubMenu(const ui::MenuItem& item, const QIcon& icon, const QString& text);
+  // True when it is the only item that begins with it.
+  bool GoToLetter(QChar letter);
 
   std::function<void(int)> choose_;
   std::vector<ui::MenuItem> items_;

@@ -39,11 +39,28 @@ void PostQueue::Wake() {
 }
 
 bool PostQueue::event(QEvent* event) {
-  if (event->type() == kWakeEvent) {
-    Drain();
-    return true;
+  if (event->type() != kWakeEvent) {
+    return QObject::event(event);
   }
-  return QObject::event(event);
+  {
+    const MutexLock guard(lock_);
+    awake_ = false;
+  }
+  // An event comes before painting, and work that posts its next step would never let it.
+  if (!resting_) {
+    Drain();
+  }
+  return true;
+}
+
+void PostQueue::Rest() {
+  if (!resting_) {
+    resting_ = true;
+    QTimer::singleShot(0, this, [this] {
+      resting_ = false;
+      Drain();
+    });
+  }
 }
 
 void PostQueue::Drain() {
@@ -53,13 +70,11 @@ void PostQueue::Drain() {
     std::function<void()> work;
     {
       const MutexLock guard(lock_);
-      awake_ = false;
       if (work_.empty()) {
         return;
       }
       if (timer.elapsed() >= kSlice) {
-        awake_ = true;
-        QTimer::singleShot(0, this, [this] { Drain(); });  // after input and painting
+        Rest();
         return;
       }
       work = std::move(work_.front());

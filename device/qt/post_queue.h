@@ -25,12 +25,15 @@ class PostQueue : public QObject {
 
  private:
   void Drain();
+  // Goes on after input and painting.
+  void Rest();
   void Wake() REQUIRES(lock_);
 
   Mutex lock_;
   std::deque<std::function<void()>> work_ GUARDED_BY(lock_);
-  bool awake_ GUARDED_BY(lock_) = false;
+  bool awake_ GUARDED_BY(lock_) = false;  // an event is on its way
   bool closed_ GUARDED_BY(lock_) = false;
+  bool resting_ = false;  // the screen thread alone
 };
 
 }  // namespace kelpin::qt

@@ -12,6 +12,7 @@
 
 #include "device/qt/button_words.h"
 #include "device/qt/icons.h"
+#include "device/qt/modality.h"
 #include "device/qt/style.h"
 #include "device/qt/text.h"
 #include "device/qt/theme.h"
@@ -181,7 +182,7 @@ bool SoftKeyBar::Sync() {
     ui::Menu* menu = key.dropDown ? bar->SubMenu(key.command) : nullptr;
     if (menu != nullptr) {
       if (button->Menu() == nullptr) {
-        button->SetMenu(new PopupMenu([this](int command) { dialog_.Command(command); }, button));
+        button->SetMenu(new PopupMenu([this](int command) { Give(command); }, button));
         connect(button->Menu(), &QMenu::aboutToHide, button, [button] { button->update(); });
       }
       button->Menu()->SetItems(menu->Items());
@@ -211,7 +212,16 @@ void SoftKeyBar::SetKeyCount(std::size_t count) {
   LayOut();
 }
 
+void SoftKeyBar::Give(int command) {
+  if (!IsBlocked(*this)) {
+    dialog_.Command(command);
+  }
+}
+
 void SoftKeyBar::Press(std::size_t index) {
+  if (IsBlocked(*this)) {
+    return;
+  }
   if (done_ && index + 1 == keys_.size()) {
     dialog_.Command(ui::kCommandOk);
   } else if (index < keys_.size() && keys_[index]->Menu() != nullptr) {

@@ -58,6 +58,8 @@ class SoftKeyBar : public QWidget {
 
  private:
   void SetKeyCount(std::size_t count);
+  // What comes while a modal window stands before this one is dropped.
+  void Give(int command);
   void Press(std::size_t index);
   void LayOut();
 

@@ -356,6 +356,28 @@ class Walk:
         self.key(KEY_ESCAPE)
         self.until("the menu closed", lambda: not self.has(menu, "SHOWING"))
 
+    def press_behind_a_dialog(self):
+        """What stands behind a dialog is in the tree all the time, and does nothing then."""
+        windows = len(self.children(self.application))
+        self.select_row(2)
+        self.press(self.item("About..."))
+        self.until("the dialog",
+                   lambda: len(self.children(self.application)) == windows + 1)
+        for name in ("Select All", "Delete", "Options...", "Refresh"):
+            self.press(self.item(name))
+        self.press(self.wait_for("push button", "New"))
+        self.press(self.wait_for("push button", "Menu"))
+        time.sleep(1.0)  # nothing tells that nothing comes
+        if len(self.children(self.application)) != windows + 1:
+            raise Failed("a window came up over the dialog")
+        if self.selected() != 1:
+            raise Failed("the list behind the dialog was changed")
+        self.key(KEY_ESCAPE)
+        self.until("the dialog closed",
+                   lambda: len(self.children(self.application)) == windows)
+        self.press(self.item("Select All"))
+        self.until("all rows selected", lambda: self.selected() == self.rows())
+
     def press_popup(self):
         """The list's pop-up: opened by the right button, its second item chosen by key."""
         before = self.rows()
@@ -386,8 +408,9 @@ def inside(program):
                                stdin=subprocess.DEVNULL)
     try:
         walk = Walk(pyatspi, process)
-        for step in (walk.start, walk.check_names, walk.open_menu, walk.press_commands,
-                     walk.press_popup, walk.close):
+        for step in (walk.start, walk.check_names, walk.open_menu,
+                     walk.press_behind_a_dialog, walk.press_commands, walk.press_popup,
+                     walk.close):
             print("-", step.__name__, flush=True)
             step()
         print("the whole program can be walked")

@@ -41,11 +41,13 @@ class FormWithMenus : public SampleDialog {
     }
   }
   void OnCommand(ui::Dialog& dialog, int id) override {
+    ++given;
     if (!name.OnCommand(id) && !number.OnCommand(id)) SampleDialog::OnCommand(dialog, id);
   }
 
   app::EditContextMenu name;
   app::EditContextMenu number;
+  int given = 0;  // commands
 };
 
 class EditMenuOnScreen : public GuiTest {
@@ -120,9 +122,11 @@ class EditMenuOnScreen : public GuiTest {
     for (QAction* action : Popup()->actions()) {
       if (action->text() == QLatin1String(text)) {
         ASSERT_TRUE(action->isEnabled()) << text;
+        const int before = handler_.given;
         QTest::mouseClick(Popup(), Qt::LeftButton, Qt::NoModifier,
                           Popup()->actionGeometry(action).center());
         ASSERT_TRUE(AwaitNoPopup());
+        ASSERT_TRUE(ServeUntil([&] { return handler_.given > before; })) << text;
         Settle();
         return;
       }

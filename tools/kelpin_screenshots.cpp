@@ -1,10 +1,14 @@
 // Takes a picture of every dialog of the program, as it is drawn on the sample card and contacts,
 // and ends. No display is needed: QT_QPA_PLATFORM=offscreen.
 //
-//   kelpin-screenshots SOURCE-FOLDER PICTURE-FOLDER dialogs|prompts|smartphone WIDTH HEIGHT
+//   kelpin-screenshots [--platform NAME] [--language FILE]
+//                      SOURCE-FOLDER PICTURE-FOLDER dialogs|prompts|smartphone WIDTH HEIGHT
+//
+// KELPIN_THEME and KELPIN_TEXT_SCALE say how it looks.
 
 #include <unistd.h>
 
+#include <CLI/CLI.hpp>
 #include <QTimer>
 #include <cstdio>
 #include <cstdlib>
@@ -12,7 +16,9 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -26,15 +32,19 @@
 #include "device/contacts/sqlite/sqlite_store.h"
 #include "device/desktop/desktop_programs.h"
 #include "device/desktop/desktop_telephone.h"
+#include "device/desktop/language_files.h"
 #include "device/desktop/spdlog_log.h"
 #include "device/desktop/steady_clock.h"
 #include "device/kernel/kernel.h"
+#include "device/qt/button_words.h"
 #include "device/qt/qt_screen.h"
 #include "device/qt/qt_shell.h"
 #include "device/registry/text_registry.h"
 #include "device/softcard/soft_channel.h"
 #include "program.h"
 #include "res/ids.h"
+#include "res/language.h"
+#include "res/strings.h"
 
 namespace {
 
@@ -177,7 +187,7 @@ void SelectFullEntry(ui::Dialog& dialog) {
   }
 }
 
-void AddDialogSteps(Script& script) {
+void AddDialogSteps(Script& script, bool smartphone) {
   script.Add({res::kDialogMain, SelectFullEntry, "main-list"});
   script.Add({res::kDialogMain, Give(res::kCommandNew), {}});
   script.Add({res::kDialogNewEntry,
@@ -198,7 +208,12 @@ void AddDialogSteps(Script& script) {
   ShowInner(script, res::kCommandOwnNumbers, res::kDialogOwnNumbers, "own-numbers",
             Give(res::kOwnNumbersEdit), res::kDialogEditOwnNumber, "edit-own-number");
   Show(script, res::kCommandServiceNumbers, res::kDialogServiceNumbers, "service-numbers");
-  Show(script, res::kCommandSimInformation, res::kDialogSimInformationList, "sim-information");
+  if (smartphone) {
+    Show(script, res::kCommandSimInformation, res::kDialogSimInformationPage,
+         "sim-information-page");
+  } else {
+    Show(script, res::kCommandSimInformation, res::kDialogSimInformationList, "sim-information");
+  }
   Show(script, res::kCommandAbout, res::kDialogAbout, "about");
   Show(script, res::kCommandContactsToSim, res::kDialogContactPicker, "contacts-to-sim");
   ShowInner(
@@ -243,6 +258,15 @@ void AddPromptSteps(Script& script) {
 
 enum class Session { kDialogs, kPrompts, kSmartphone };
 
+struct Wish {
+  std::string source;
+  std::string pictures;
+  Session session = Session::kDialogs;
+  ui::Size size;
+  std::string platform = "pocketpc";
+  std::string language;  // a file; empty for English
+};
+
 // A card slow enough for a copy to be seen.
 std::string SlowCard(std::string image) {
   const std::string_view fast = "\"delayMs\": 0";
@@ -273,10 +297,10 @@ int Fail(const std::string& why) {
   return 1;
 }
 
-void AddSteps(Script& script, Session session) {
+void AddSteps(Script& script, Session session, bool smartphone) {
   switch (session) {
     case Session::kDialogs:
-      AddDialogSteps(script);
+      AddDialogSteps(script, smartphone);
       AddCopySteps(script);
       break;
     case Session::kPrompts:
@@ -290,16 +314,40 @@ void AddSteps(Script& script, Session session) {
   script.Add({res::kDialogMain, [](ui::Dialog& dialog) { dialog.PostClose(); }, {}});
 }
 
-int Run(const fs::path& source, const fs::path& pictures, const fs::path& scratch, Session session,
-        ui::Size size, char* programName) {
+// False when the file is none.
+bool SpeakLanguageOf(const std::string& file) {
+  std::string bytes;
   std::string why;
+  std::vector<std::string> notes;
+  if (!desktop::ReadDataFile(file, res::kLanguageFileLimit, bytes, why)) {
+    return false;
+  }
+  std::optional<res::LanguageTexts> texts = res::ReadLanguage(bytes, notes);
+  if (!texts.has_value()) {
+    return false;
+  }
+  res::UseLanguage(std::move(*texts));
+  const auto word = [](int id) { return std::u16string(res::LoadString(id)); };
+  qt::SetButtonWords({word(res::kTextKeyYes), word(res::kTextKeyNo), word(res::kTextKeyOk),
+                      word(res::kTextKeyDone)});
+  return true;
+}
+
+int Run(const Wish& wish, const fs::path& scratch, char* programName) {
+  const fs::path source = wish.source;
+  const Session session = wish.session;
+  const bool smartphone = session == Session::kSmartphone || wish.platform == "smartphone";
+  std::string why;
+  if (!wish.language.empty() && !SpeakLanguageOf(wish.language)) {
+    return Fail(wish.language + " is no language file");
+  }
   if (!Write(scratch / "card.json", SlowCard(Read(source / "res/cards/usim.json"))) ||
       !Write(scratch / "registry.reg", Settings(session))) {
     return Fail(scratch.string() + " cannot be written");
   }
   int argc = 1;
   char* argv[] = {programName, nullptr};
-  qt::QtScreen screen(argc, argv, {scratch, scratch, size, [](auto, auto, auto) {}});
+  qt::QtScreen screen(argc, argv, {scratch, scratch, wish.size, [](auto, auto, auto) {}});
   const auto kernel = kernel::Kernel::Open(scratch, why);
   const auto settings = registry::TextRegistry::Open(scratch / "registry.reg", {}, why);
   const auto channel = softcard::SoftChannel::Open((scratch / "card.json").string(), why);
@@ -313,15 +361,15 @@ int Run(const fs::path& source, const fs::path& pictures, const fs::path& scratc
   const auto log = desktop::SpdlogLog::ToStandardError();
   card::SimService card(*channel);
   card::CardDevices devices;
-  qt::QtShell shell(session == Session::kSmartphone ? u"Smartphone" : u"PocketPC");
+  qt::QtShell shell(smartphone ? u"Smartphone" : u"PocketPC");
   desktop::DesktopPrograms programs({.opener = "true"});
   desktop::DesktopTelephone telephone("true");
   desktop::SteadyClock clock;
   app::Ports ports{card,     card,      devices,   *settings, *kernel, shell,
                    programs, telephone, *contacts, clock,     *log,    screen};
 
-  Script script(screen, pictures);
-  AddSteps(script, session);
+  Script script(screen, wish.pictures);
+  AddSteps(script, session, smartphone);
   ProgramHooks hooks;
   bool started = false;
   hooks.listLoaded = [&](app::AppState&) {
@@ -335,33 +383,43 @@ int Run(const fs::path& source, const fs::path& pictures, const fs::path& scratc
   if (!script.Done()) {
     return Fail("the program ended early");
   }
-  std::printf("%d pictures in %s\n", script.Pictures(), pictures.c_str());
+  std::printf("%d pictures in %s\n", script.Pictures(), wish.pictures.c_str());
   return 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 6) {
-    std::fprintf(stderr,
-                 "usage: kelpin-screenshots SOURCE-FOLDER PICTURE-FOLDER "
-                 "dialogs|prompts|smartphone WIDTH HEIGHT\n");
-    return 2;
+  Wish wish;
+  CLI::App cli{"Takes a picture of every dialog of Kelpin", "kelpin-screenshots"};
+  cli.add_option("source", wish.source, "The source folder")->required();
+  cli.add_option("pictures", wish.pictures, "Where the pictures go")->required();
+  cli.add_option("session", wish.session, "dialogs, prompts or smartphone")
+      ->required()
+      ->transform(CLI::Transformer(std::map<std::string, Session>{
+          {"dialogs", Session::kDialogs},
+          {"prompts", Session::kPrompts},
+          {"smartphone", Session::kSmartphone},
+      }));
+  cli.add_option("width", wish.size.width)->required()->check(CLI::Range(200, 8000));
+  cli.add_option("height", wish.size.height)->required()->check(CLI::Range(200, 8000));
+  cli.add_option("--platform", wish.platform, "pocketpc (default) or smartphone")
+      ->check(CLI::IsMember({"pocketpc", "smartphone"}));
+  cli.add_option("--language", wish.language, "A language file; else English");
+  try {
+    cli.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return cli.exit(error) == 0 ? 0 : 2;
   }
-  const std::string_view name = argv[3];
-  const Session session = name == "smartphone" ? Session::kSmartphone
-                          : name == "prompts"  ? Session::kPrompts
-                                               : Session::kDialogs;
-  const ui::Size size = {std::atoi(argv[4]), std::atoi(argv[5])};
   std::error_code error;
-  fs::create_directories(argv[2], error);
+  fs::create_directories(wish.pictures, error);
   const fs::path scratch =
       fs::temp_directory_path(error) / ("kelpin-screenshots-" + std::to_string(getpid()));
   if (!fs::create_directory(scratch, error)) {
     return Fail(scratch.string() + " cannot be made");
   }
   fs::permissions(scratch, fs::perms::owner_all, error);
-  const int code = Run(argv[1], argv[2], scratch, session, size, argv[0]);
+  const int code = Run(wish, scratch, argv[0]);
   fs::remove_all(scratch, error);
   return code;
 }

@@ -4,6 +4,7 @@
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QCursor>
+#include <QFontMetrics>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
@@ -13,6 +14,7 @@
 
 #include "device/qt/dialog_layout.h"
 #include "device/qt/edit_field.h"
+#include "device/qt/fitting_font.h"
 #include "device/qt/key_map.h"
 #include "device/qt/label_views.h"
 #include "device/qt/list_pane.h"
@@ -184,6 +186,12 @@ void DialogWindow::ApplyLabel(QWidget& widget, const ui::ControlState& state) {
   if (state.bold) {
     font = FontFor(TextRole::kTitle);
   }
+  const QString text = ToQt(state.text);
+  const bool tall = state.bounds.height >= 2 * QFontMetrics(font).height();
+  if (state.bounds.width > 0) {
+    font = FittingOrSmallestFont(font, text, {state.bounds.width, state.bounds.height},
+                                 tall ? Qt::TextWordWrap : Qt::TextSingleLine);
+  }
   label.setFont(font);
   QPalette colors;
   const QPalette::ColorRole role = state.color == ui::TextColor::kError ? kErrorRole
@@ -191,13 +199,12 @@ void DialogWindow::ApplyLabel(QWidget& widget, const ui::ControlState& state) {
                                                                         : QPalette::WindowText;
   colors.setColor(QPalette::WindowText, palette().color(QPalette::Active, role));
   label.setPalette(colors);
-  const bool tall = state.bounds.height >= 2 * label.fontMetrics().height();
   label.setWordWrap(tall);
   const bool centered = (state.style & ui::kStyleCentered) != 0;
   label.setAlignment((centered ? Qt::AlignHCenter : Qt::AlignLeft | Qt::AlignAbsolute) |
                      (tall && !centered && !caption ? Qt::AlignTop : Qt::AlignVCenter));
   label.setTextInteractionFlags(value ? Qt::TextSelectableByMouse : Qt::NoTextInteraction);
-  label.setText(ToQt(state.text));
+  label.setText(text);
 }
 
 void DialogWindow::NameControls(const std::vector<ui::ControlState>& states) {

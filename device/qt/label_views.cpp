@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "device/qt/dialog_accessible.h"
+#include "device/qt/fitting_font.h"
 #include "device/qt/icons.h"
 #include "device/qt/text.h"
 #include "device/qt/theme.h"
@@ -13,6 +14,7 @@ namespace kelpin::qt {
 namespace {
 
 constexpr int kHeaderMargin = 16;
+constexpr int kHeaderRim = 4;  // above and below
 constexpr int kCardIcon = 28;
 constexpr int kCardGap = 12;
 
@@ -56,13 +58,12 @@ void HeaderView::paintEvent(QPaintEvent* /*event*/) {
   const QPalette& colors = palette();
   QRect room = rect().adjusted(kHeaderMargin, 0, -kHeaderMargin, 0);
   if (!valued_ && number_.isEmpty()) {
-    painter.setFont(FontFor(TextRole::kHeader));
+    const int flags = static_cast<int>(Qt::AlignVCenter | Qt::TextWordWrap |
+                                       (centered_ ? Qt::AlignHCenter : Qt::AlignLeft));
+    painter.setFont(FittingOrSmallestFont(FontFor(TextRole::kHeader), caption_,
+                                          room.size() - QSize(0, 2 * kHeaderRim), flags));
     painter.setPen(colors.color(QPalette::WindowText));
-    const QString shown = painter.fontMetrics().elidedText(caption_, Qt::ElideRight, room.width());
-    painter.drawText(room,
-                     static_cast<int>(Qt::AlignVCenter | Qt::TextSingleLine |
-                                      (centered_ ? Qt::AlignHCenter : Qt::AlignLeft)),
-                     shown);
+    painter.drawText(room, flags, caption_);
     return;
   }
   const int side = std::min(Scaled(kCardIcon), room.height() - 8);
@@ -73,11 +74,12 @@ void HeaderView::paintEvent(QPaintEvent* /*event*/) {
     room.setLeft(room.left() + side + kCardGap);
   }
   const QFont small = FontFor(TextRole::kCaption);
-  const QFont large = FontFor(TextRole::kHeader);
+  const int flags = static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine);
+  const QFont large =
+      FittingOrSmallestFont(FontFor(TextRole::kHeader), number_, room.size(), flags);
   const int above = QFontMetrics(small).height();
   const int below = number_.isEmpty() ? 0 : QFontMetrics(large).height();
   const int top = room.top() + (room.height() - above - below) / 2;
-  const int flags = static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine);
   painter.setFont(small);
   painter.setPen(colors.color(kMutedRole));
   painter.drawText(QRect(room.left(), top, room.width(), above), flags, caption_);

@@ -1,13 +1,22 @@
 #include "device/qt/list_delegate.h"
 
+#include <QAbstractItemView>
 #include <QFontMetrics>
+#include <QHelpEvent>
 #include <QPainter>
+#include <QToolTip>
 
+#include "device/qt/fitting_font.h"
 #include "device/qt/style.h"
 #include "device/qt/text.h"
 #include "device/qt/theme.h"
 
 namespace kelpin::qt {
+namespace {
+
+constexpr int kLeastInOneLine = 80;  // percent of the text size
+
+}  // namespace
 
 int CheckBoxRoom() {
   return kListMargin + CheckBoxSize() + 14;
@@ -40,31 +49,67 @@ void ListDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
   }
   painter->fillRect(rect.left(), rect.bottom(), rect.width(), 1, palette.color(kHairlineRole));
 
-  QRect words = rect.adjusted(column == 0 ? kListMargin : kCellPadding, 0, -kCellPadding, -1);
   if (column == 0 && model_.HasCheckBoxes()) {
     const int side = CheckBoxSize();
     const QRect box(rect.left() + kListMargin, rect.top() + (rect.height() - side) / 2, side, side);
     DrawCheckBox(*painter, box, palette, (state & ui::kItemStateImageMask) == ui::kItemChecked,
                  true);
-    words.setLeft(rect.left() + CheckBoxRoom());
   }
   painter->setPen(
       palette.color(selected || column == model_.NameColumn() ? QPalette::Text : kMutedRole));
-  PaintText(*painter, words, ToQt(list_.ItemText(row, column)), column);
+  PaintText(*painter, WordsOf(rect, column), ToQt(list_.ItemText(row, column)), column);
 }
 
+QRect ListDelegate::WordsOf(const QRect& cell, int column) const {
+  int left = column == 0 ? kListMargin : kCellPadding;
+  if (column == 0 && model_.HasCheckBoxes()) {
+    left = CheckBoxRoom();
+  }
+  return cell.adjusted(left, 0, -kCellPadding, -1);
+}
+
+// A text too long for its place is made a little smaller, or broken into smaller lines where it
+// has words to break between, before it is cut.
 // Left is left, whatever the text's direction: a right-to-left name is drawn right to left at the
 // place where all names begin. What is looked up (numbers) runs left to right.
 void ListDelegate::PaintText(QPainter& painter, QRect rect, const QString& text, int column) const {
   const bool isName = column == model_.NameColumn();
-  const QFont font = FontOf(column);
+  QFont font = FontOf(column);
+  QString shown = text;
+  int flags = static_cast<int>(Qt::AlignVCenter | Qt::AlignAbsolute |
+                               (model_.IsIndexColumn(column) ? Qt::AlignRight : Qt::AlignLeft));
+  if (const auto whole = FittingFont(font, text, rect.size(), flags, kLeastInOneLine)) {
+    font = *whole;
+    flags |= Qt::TextSingleLine;
+  } else if (const auto broken = FittingFont(font, text, rect.size(), flags | Qt::TextWordWrap)) {
+    font = *broken;
+    flags |= Qt::TextWordWrap;
+  } else {
+    shown = QFontMetrics(font).elidedText(text, Qt::ElideRight, rect.width());
+    flags |= Qt::TextSingleLine;
+  }
   painter.setFont(font);
-  const QString shown = QFontMetrics(font).elidedText(text, Qt::ElideRight, rect.width());
-  const int flags =
-      static_cast<int>(Qt::AlignVCenter | Qt::TextSingleLine | Qt::AlignAbsolute |
-                       (model_.IsIndexColumn(column) ? Qt::AlignRight : Qt::AlignLeft));
   painter.setLayoutDirection(isName ? Qt::LayoutDirectionAuto : Qt::LeftToRight);
   painter.drawText(rect, isName ? flags : flags | Qt::TextForceLeftToRight, shown);
+}
+
+bool ListDelegate::Fits(const QString& text, int column, int width) const {
+  return QFontMetrics(FontOf(column)).horizontalAdvance(text) <= width;
+}
+
+// What is not shown at its full size can be read by pointing at it.
+bool ListDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,
+                             const QStyleOptionViewItem& option, const QModelIndex& index) {
+  if (event->type() != QEvent::ToolTip || !index.isValid()) {
+    return QStyledItemDelegate::helpEvent(event, view, option, index);
+  }
+  const QString text = index.data().toString();
+  const int column = index.column();
+  const QRect place = view->visualRect(index) & view->viewport()->rect();
+  QToolTip::showText(event->globalPos(),
+                     Fits(text, column, WordsOf(place, column).width()) ? QString() : text, view,
+                     place);
+  return true;
 }
 
 QSize ListDelegate::sizeHint(const QStyleOptionViewItem& /*option*/,

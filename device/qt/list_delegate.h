@@ -24,11 +24,16 @@ class ListDelegate : public QStyledItemDelegate {
   void paint(QPainter* painter, const QStyleOptionViewItem& option,
              const QModelIndex& index) const override;
   QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+  bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                 const QModelIndex& index) override;
   // What a cell needs to show `text` whole.
   int WidthFor(const QString& text, int column) const;
 
  private:
   QFont FontOf(int column) const;
+  // The part of a cell that its text has.
+  QRect WordsOf(const QRect& cell, int column) const;
+  bool Fits(const QString& text, int column, int width) const;
   void PaintText(QPainter& painter, QRect rect, const QString& text, int column) const;
 
   ui::ListView& list_;

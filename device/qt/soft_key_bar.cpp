@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "device/qt/button_words.h"
+#include "device/qt/fitting_font.h"
 #include "device/qt/icons.h"
 #include "device/qt/modality.h"
 #include "device/qt/style.h"
@@ -20,7 +21,9 @@
 namespace kelpin::qt {
 namespace {
 
+constexpr int kIcon = 20;  // times the text size
 constexpr int kIconGap = 6;
+constexpr int kTextMargin = 4;
 constexpr int kWidestPair = 640;  // keys of a wide window stay together in its middle
 
 class SoftKeyAccessible : public QAccessibleWidget {
@@ -87,7 +90,7 @@ void SoftKeyButton::LoadIcon() {
   icon_ =
       LineIcon(QString::fromStdString(key_.icon),
                palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled, kAccentRole),
-               Scaled(20), devicePixelRatioF());
+               Scaled(kIcon), devicePixelRatioF());
 }
 
 void SoftKeyButton::changeEvent(QEvent* event) {
@@ -101,13 +104,13 @@ void SoftKeyButton::changeEvent(QEvent* event) {
 
 QSize SoftKeyButton::sizeHint() const {
   const QFontMetrics metrics(FontFor(TextRole::kKey));
-  return {metrics.horizontalAdvance(text()) + Scaled(20) + kIconGap + 32, SoftKeyBarHeight()};
+  return {metrics.horizontalAdvance(text()) + Scaled(kIcon) + kIconGap + 32, SoftKeyBarHeight()};
 }
 
 void SoftKeyButton::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   const QPalette& colors = palette();
-  const QRect inside = rect().adjusted(6, 6, -6, -6);
+  const QRect inside = Inside();
   if (isEnabled() && (isDown() || (menu_ != nullptr && menu_->isVisible()))) {
     DrawPanel(painter, inside, colors.color(kSelectionRole), Qt::transparent, 0);
   } else if (isEnabled() && underMouse()) {
@@ -116,19 +119,38 @@ void SoftKeyButton::paintEvent(QPaintEvent* /*event*/) {
   if (hasFocus()) {
     DrawPanel(painter, inside, Qt::transparent, colors.color(kAccentRole), kFocusRing);
   }
-  painter.setFont(FontFor(TextRole::kKey));
+  QFont font = FontFor(TextRole::kKey);
+  if (textSize_ > 0) {
+    font.setPixelSize(textSize_);
+  }
+  painter.setFont(font);
   painter.setPen(colors.color(kAccentRole));
-  const int icon = icon_.isNull() ? 0 : Scaled(20);
-  const int gap = icon == 0 ? 0 : kIconGap;
-  const int room = inside.width() - icon - gap - 8;
-  const QString shown = painter.fontMetrics().elidedText(text(), Qt::ElideRight, room);
-  const int words = painter.fontMetrics().horizontalAdvance(shown);
-  const int left = inside.left() + (inside.width() - icon - gap - words) / 2;
-  if (icon > 0) {
+  const int words =
+      std::min(painter.fontMetrics().horizontalAdvance(text()), inside.width() - IconRoom());
+  const int left = inside.left() + (inside.width() - IconRoom() - words) / 2;
+  if (!icon_.isNull()) {
+    const int icon = Scaled(kIcon);
     painter.drawPixmap(left, inside.top() + (inside.height() - icon) / 2, icon_);
   }
-  painter.drawText(QRect(left + icon + gap, inside.top(), words + 4, inside.height()),
-                   static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine), shown);
+  painter.drawText(QRect(left + IconRoom(), inside.top(), words + 4, inside.height()),
+                   static_cast<int>(Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine), text());
+}
+
+int SoftKeyButton::IconRoom() const {
+  return icon_.isNull() ? 0 : Scaled(kIcon) + kIconGap;
+}
+
+int SoftKeyButton::FittingTextSize() const {
+  const QSize room(Inside().width() - IconRoom() - 2 * kTextMargin, Inside().height());
+  return FittingOrSmallestFont(FontFor(TextRole::kKey), text(), room, Qt::TextSingleLine)
+      .pixelSize();
+}
+
+void SoftKeyButton::SetTextSize(int pixels) {
+  if (pixels != textSize_) {
+    textSize_ = pixels;
+    update();
+  }
 }
 
 void SoftKeyButton::keyPressEvent(QKeyEvent* event) {
@@ -190,6 +212,7 @@ bool SoftKeyBar::Sync() {
     }
     button->Apply(key);
   }
+  FitTexts();
   return !keys_.empty();
 }
 
@@ -270,6 +293,17 @@ void SoftKeyBar::LayOut() {
   for (SoftKeyButton* key : shown) {
     key->setGeometry(x, 1, each, height() - 1);
     x += each;
+  }
+  FitTexts();
+}
+
+void SoftKeyBar::FitTexts() {
+  int size = FontFor(TextRole::kKey).pixelSize();
+  for (const SoftKeyButton* key : keys_) {
+    size = std::min(size, key->FittingTextSize());
+  }
+  for (SoftKeyButton* key : keys_) {
+    key->SetTextSize(size);
   }
 }
 

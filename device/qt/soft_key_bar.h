@@ -20,6 +20,10 @@ class SoftKeyButton : public QAbstractButton {
   void SetMenu(PopupMenu* menu) { menu_ = menu; }
   PopupMenu* Menu() const { return menu_; }
   void OpenMenu();
+  // The size, in pixels, at which the text fits the key; the keys of a bar are written alike.
+  int FittingTextSize() const;
+  void SetTextSize(int pixels);
+  int TextSize() const { return textSize_; }
 
   QSize sizeHint() const override;
 
@@ -30,10 +34,14 @@ class SoftKeyButton : public QAbstractButton {
 
  private:
   void LoadIcon();
+  // For the icon, with the gap behind it.
+  int IconRoom() const;
+  QRect Inside() const { return rect().adjusted(6, 6, -6, -6); }
 
   ui::SoftKey key_;
   PopupMenu* menu_ = nullptr;
   QPixmap icon_;
+  int textSize_ = 0;
 };
 
 // The soft keys at a dialog's foot. A dialog with a Done button whose keys it has none of, or has
@@ -62,6 +70,7 @@ class SoftKeyBar : public QWidget {
   void Give(int command);
   void Press(std::size_t index);
   void LayOut();
+  void FitTexts();
 
   ui::Dialog& dialog_;
   std::vector<SoftKeyButton*> keys_;

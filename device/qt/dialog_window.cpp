@@ -217,7 +217,10 @@ void DialogWindow::NameControls(const std::vector<ui::ControlState>& states) {
       continue;
     }
     QString name = spoken[state.labelledBy];
-    if (state.kind == ui::ControlKind::kButton) {
+    // A field's text is spoken as its value; what only stands there is part of the name.
+    const bool stands =
+        state.kind == ui::ControlKind::kButton || state.kind == ui::ControlKind::kLabel;
+    if (stands && !state.text.empty()) {
       name += QLatin1Char(' ') + ToQt(state.text);
     }
     QWidget* widget = controls_[state.id].active;

@@ -11,6 +11,7 @@
 #include <QSignalBlocker>
 #include <QStyleHints>
 #include <algorithm>
+#include <utility>
 
 #include "device/qt/key_map.h"
 #include "device/qt/style.h"
@@ -319,6 +320,13 @@ void ListTable::changeEvent(QEvent* event) {
     widest_ = 0;
     LayOutColumns();
   }
+}
+
+// Qt's first row becomes its current one where none is yet; the list's own focus stays.
+void ListTable::focusInEvent(QFocusEvent* event) {
+  const bool mirroring = std::exchange(mirroring_, true);
+  QTableView::focusInEvent(event);
+  mirroring_ = mirroring;
 }
 
 // Screen readers ask Qt's selection model; nobody else does.

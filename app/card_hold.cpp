@@ -22,6 +22,10 @@ CardHold::~CardHold() {
   }
 }
 
+std::uint32_t CardGeneration(const AppState& state) {
+  return state.ports.cardUse != nullptr ? state.ports.cardUse->Generation() : 0;
+}
+
 bool CardIsExchanged(const AppState& state) {
   return state.ports.cardUse != nullptr && state.ports.cardUse->IsExchanged();
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 namespace kelpin::app {
 
 struct AppState;
@@ -18,6 +20,8 @@ class CardHold {
   AppState& state_;
 };
 
+// Rises whenever what was read of the card before may be another program's by now. Any thread.
+std::uint32_t CardGeneration(const AppState& state);
 // Another card is in than the one that the open dialog is for, or that was listed: it takes no
 // change. Any thread.
 bool CardIsExchanged(const AppState& state);

@@ -39,8 +39,9 @@ void ClearFields(const AppSettings& settings, std::uint32_t index, const ClearFi
 }  // namespace
 
 platform::SimResult DeleteFromCard(AppState& state, std::uint32_t index,
+                                   const sim::SimPhonebook::KnownTexts& known,
                                    const ClearField& clearField) {
-  const platform::SimResult result = state.simPhonebook.DeleteEntry(index);
+  const platform::SimResult result = state.simPhonebook.DeleteEntry(index, known);
   if (!Succeeded(result)) {
     return result;
   }
@@ -131,11 +132,20 @@ void EntryDeletion::Continue() {
 void EntryDeletion::DeleteFirst() {
   const int row = chosen_.front() == nullptr ? -1 : FirstRow();
   std::uint32_t index = 0;
-  if (GetListRow(state_, row, &index, nullptr, nullptr) == 0) {
+  std::u16string name;
+  std::u16string number;
+  if (GetListRow(state_, row, &index, &name, &number) == 0) {
     End();
     return;
   }
-  const platform::SimResult result = DeleteFromCard(state_, index, clearField_);
+  const platform::SimResult result = DeleteFromCard(state_, index, {name, number}, clearField_);
+  if (result == platform::SimResult::kEntryChanged) {
+    // Another program put something else there; what is listed is not what would go.
+    End();
+    state_.dialog->PostCommand(res::kCommandRefresh);
+    TellStopped();
+    return;
+  }
   if (!Succeeded(result)) {
     End();
     ShowSimError(state_.ports.screen, state_.mainDialog, result);

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "platform/sim_result.h"
+#include "sim/sim_phonebook.h"
 
 namespace kelpin::ui {
 struct RowData;
@@ -24,9 +25,11 @@ enum class ExtendedField { kNumber2, kNumber3, kEmail, kNickname, kGroup };
 // Clears one field of the entry at `index` where the card keeps such a field. Failures are its own.
 using ClearField = std::function<void(std::uint32_t index, ExtendedField field)>;
 
-// Deletes the entry at `index` from the card and then, where that worked, clears the fields that
-// the settings let it have; `clearField` may be empty. Its row stays. Any thread.
+// Deletes the entry at `index` from the card, where it still is what is `known` of it (else
+// kEntryChanged), and then, where that worked, clears the fields that the settings let it have;
+// `clearField` may be empty. Its row stays. Any thread.
 platform::SimResult DeleteFromCard(AppState& state, std::uint32_t index,
+                                   const sim::SimPhonebook::KnownTexts& known,
                                    const ClearField& clearField);
 
 // The Delete command: takes the selected entries from the card and from the list, after a question.

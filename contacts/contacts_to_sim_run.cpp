@@ -175,16 +175,11 @@ bool ContactsToSimRun::Wanted(const ui::Dialog& picker, const std::u16string& na
 }
 
 ContactsToSimRun::Next ContactsToSimRun::WriteNew(const Entry& entry, std::uint32_t& index) {
-  index = state_.simPhonebook.FirstFreeSlot();
-  if (index == 0) {
-    return Fail(SimResult::kSimFull);
-  }
   const SimResult result =
-      state_.simPhonebook.WriteEntry(index, entry.name.c_str(), entry.number.c_str());
+      state_.simPhonebook.WriteNewEntry(index, entry.name.c_str(), entry.number.c_str());
   if (!Succeeded(result)) {
     return Refused(entry, result);
   }
-  state_.simPhonebook.MarkSlot(index, 1);
   if (app::InsertListRow(state_, index, entry.number.c_str(), entry.name.c_str()) != 0) {
     names_.Inserted(entry.name);
     inserted_ = true;
@@ -194,13 +189,19 @@ ContactsToSimRun::Next ContactsToSimRun::WriteNew(const Entry& entry, std::uint3
 
 ContactsToSimRun::Next ContactsToSimRun::Overwrite(const Entry& entry, int row,
                                                    std::uint32_t index) {
-  const SimResult result =
-      state_.simPhonebook.WriteEntry(index, entry.name.c_str(), entry.number.c_str());
+  std::u16string name;
+  std::u16string number;
+  app::GetListRow(state_, row, nullptr, &name, &number);
+  const SimResult result = state_.simPhonebook.WriteEntry(index, entry.name.c_str(),
+                                                          entry.number.c_str(), {name, number});
+  if (result == SimResult::kEntryChanged) {
+    // Another program put something else there than what the user let go.
+    cardChanged_ = true;
+    return Next::kStop;
+  }
   if (!Succeeded(result)) {
     return Refused(entry, result);
   }
-  // Another program may have deleted the entry since it was listed.
-  state_.simPhonebook.MarkSlot(index, 1);
   app::ReplaceListRow(state_, row, index, entry.name.c_str(), entry.number.c_str());
   names_.Replaced();
   return Next::kGoOn;

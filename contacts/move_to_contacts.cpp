@@ -129,10 +129,13 @@ MoveToContacts::Removal MoveToContacts::Remove(const EntryCopy& entry) {
     if (name != entry.name || WithoutPlus(number) != WithoutPlus(entry.number)) {
       return Removal::kKept;
     }
-    result = app::DeleteFromCard(state_, entry.index,
+    result = app::DeleteFromCard(state_, entry.index, {name, number},
                                  [this](std::uint32_t index, app::ExtendedField field) {
                                    app::ClearExtendedField(state_, index, field);
                                  });
+  }
+  if (result == platform::SimResult::kEntryChanged) {
+    return Removal::kKept;
   }
   if (!Succeeded(result)) {
     End();

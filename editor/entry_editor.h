@@ -38,9 +38,10 @@ struct NamePickers {
 // The dialog for a new entry of the card, or for the selected one.
 //
 // What takes more than a command or two of the card is done on a thread of its own: reading the
-// entry when the dialog opens, and saving. Meanwhile the dialog is held: it is drawn, but takes no
-// input, and while it saves it does not close. The thread keeps the object alive and comes back
-// through the screen's thread; a dialog that has ended by then is left alone.
+// entry, or what there is room for, when the dialog opens, and saving. Meanwhile the dialog is
+// held: it is drawn, but takes no input, and while it saves it does not close. The thread keeps the
+// object alive and comes back through the screen's thread; a dialog that has ended by then is left
+// alone.
 //
 // Screen thread.
 class EntryEditor : public ui::DialogHandler, public std::enable_shared_from_this<EntryEditor> {
@@ -70,6 +71,8 @@ class EntryEditor : public ui::DialogHandler, public std::enable_shared_from_thi
   void SetInputModes();
   void TakeSelectedRow();
   void StartReading();
+  // As the dialog was before its entry was read.
+  void ShowAnew();
   void ShowRead(const EntryContent& content);
   void ShowContent(const EntryContent& content);
   void SetExtendedLimits(const EntryContent& content);
@@ -95,7 +98,9 @@ class EntryEditor : public ui::DialogHandler, public std::enable_shared_from_thi
   bool Accept(const EntryInput& input);
   void Refuse(int text, int edit);
   void Tell(int text);
-  void FinishSave(const SaveOutcome& outcome);
+  void FinishSave(const EntryInput& input, const SaveOutcome& outcome);
+  // Another program changed the entry: the user says whether it is read again.
+  void OfferToReadAgain();
   void LetGo();
 
   void RaisePanel(bool up);
@@ -120,6 +125,9 @@ class EntryEditor : public ui::DialogHandler, public std::enable_shared_from_thi
   bool panelUp_ = false;
   bool scrolled_ = false;  // the last field was once brought into view
   std::array<bool, kExtendedFieldCount> unread_ = {};
+  // What an existing entry was when it was read, and the card's generation then.
+  std::shared_ptr<EntryContent> known_;
+  std::uint32_t generation_ = 0;
   std::vector<std::unique_ptr<app::EditContextMenu>> menus_;
   std::atomic<bool> stop_ = false;  // nobody waits for what is being read any more
 };

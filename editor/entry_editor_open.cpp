@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include "app/app_state.h"
+#include "app/card_hold.h"
 #include "app/main_list.h"
 #include "app/sim_error.h"
 #include "editor/entry_editor.h"
@@ -42,13 +43,10 @@ void EntryEditor::OnInit(ui::Dialog& dialog) {
   editor_.owner = dialog.Handle();
   SetInputModes();
   if (IsNew()) {
-    SetWaiting(true);
-    const EntryContent content = PrepareNewEntry(state_);
-    SetWaiting(false);
-    ShowContent(content);
-    return;
+    StartReading();
+  } else {
+    TakeSelectedRow();
   }
-  TakeSelectedRow();
 }
 
 void EntryEditor::SetTexts() {
@@ -120,13 +118,36 @@ void EntryEditor::StartReading() {
   hold_.Begin(*dialog_, DialogHold::Keys::kAllButLast);
   SetWaiting(true);
   const std::uint32_t location = editor_.location;
-  const bool started = OnThread([this, location] {
-    const EntryContent content = ReadEntryContent(state_, location, stop_);
+  generation_ = app::CardGeneration(state_);
+  const auto read = [this, location] {
+    return IsNew() ? PrepareNewEntry(state_) : ReadEntryContent(state_, location, stop_);
+  };
+  const bool started = OnThread([this, read] {
+    const EntryContent content = read();
     OnScreen([this, content] { ShowRead(content); });
   });
   if (!started) {
-    ShowRead(ReadEntryContent(state_, location, stop_));
+    ShowRead(read());
   }
+}
+
+void EntryEditor::ShowAnew() {
+  menus_.clear();
+  SetTexts();
+  editor_.available = {};
+  editor_.number2NameId = 0;
+  editor_.number3NameId = 0;
+  editor_.groups = {};
+  editor_.groupCount = 0;
+  for (const ExtendedField& field : ExtendedFields()) {
+    const FieldControls& place = controls_.*field.controls;
+    if (IsShown(field, state_.settings)) {
+      editor_.*field.record = sim::kNoRecord;
+      dialog_->Enable(place.edit, true);
+      dialog_->Enable(place.button, true);
+    }
+  }
+  dialog_->Enable(controls_.group.button, true);
 }
 
 void EntryEditor::ShowRead(const EntryContent& content) {
@@ -141,6 +162,7 @@ void EntryEditor::ShowRead(const EntryContent& content) {
     dialog_->SetText(controls_.name.edit, editor_.name);
     dialog_->SetText(controls_.number.edit, editor_.number);
   }
+  known_ = content.complete ? std::make_shared<EntryContent>(content) : nullptr;
   ShowContent(content);
 }
 

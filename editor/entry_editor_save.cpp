@@ -65,7 +65,7 @@ void EntryEditor::ContinueSave() {
         savedRows_.Add(location, name, number);
       });
     });
-    OnScreen([this, outcome] { FinishSave(outcome); });
+    OnScreen([this, input, outcome] { FinishSave(input, outcome); });
   };
   if (!OnThread(save)) {
     save();
@@ -76,6 +76,10 @@ EntryInput EntryEditor::Input() const {
   EntryInput input;
   input.isNew = IsNew();
   input.location = editor_.location;
+  input.knownName = editor_.name;
+  input.knownNumber = editor_.number;
+  input.known = known_;
+  input.generation = generation_;
   input.name = dialog_->Text(controls_.name.edit).substr(0, kEntryTextLimit);
   input.number = dialog_->Text(controls_.number.edit).substr(0, kEntryTextLimit);
   for (std::size_t i = 0; i < kExtendedFieldCount; ++i) {
@@ -137,14 +141,29 @@ void EntryEditor::LetGo() {
   hold_.End(*dialog_);
 }
 
-void EntryEditor::FinishSave(const SaveOutcome& outcome) {
+void EntryEditor::FinishSave(const EntryInput& input, const SaveOutcome& outcome) {
   if (!Open()) {
     return;
+  }
+  if (outcome.stored && !IsNew()) {
+    editor_.name = input.name;
+    editor_.number = input.number;
+    // The next save begins from what this one wrote.
+    for (std::size_t i = 0; known_ != nullptr && i < outcome.field; ++i) {
+      if (input.fields[i].write) {
+        known_->fields[i].text = input.fields[i].text;
+        known_->fields[i].nameId = input.fields[i].nameId;
+      }
+    }
   }
   for (std::size_t i = 0; i < kExtendedFieldCount; ++i) {
     editor_.*ExtendedFields()[i].record = outcome.records[i];
   }
   LetGo();
+  if (outcome.code == static_cast<std::uint32_t>(platform::SimResult::kEntryChanged)) {
+    OfferToReadAgain();
+    return;
+  }
   if (!outcome.silent) {
     app::ShowSimError(state_.ports.screen, editor_.owner, outcome.code);
   }
@@ -155,6 +174,16 @@ void EntryEditor::FinishSave(const SaveOutcome& outcome) {
     Close();
   } else if (outcome.field != SaveOutcome::kNoField) {
     dialog_->SetFocus((controls_.*ExtendedFields()[outcome.field].controls).edit);
+  }
+}
+
+void EntryEditor::OfferToReadAgain() {
+  const ui::BoxAnswer answer =
+      state_.ports.screen.MessageBox(editor_.owner, res::LoadString(res::kTextEntryChangedQuestion),
+                                     res::LoadString(res::kStringWarning), ui::kBoxQuestion);
+  if (answer == ui::BoxAnswer::kYes && Open()) {
+    ShowAnew();
+    StartReading();
   }
 }
 

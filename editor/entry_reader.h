@@ -55,7 +55,7 @@ struct EntryContent {
 // Whether the file of a field that is not there yet has a record to spare in this set.
 bool HasRoomForNew(const sim::RilExtPhonebook& book, std::uint32_t set, sim::FieldSlot slot);
 
-// The content for a new entry, at the first free location.
+// The content for a new entry, at the first free location. Any thread but the screen's, as below.
 EntryContent PrepareNewEntry(app::AppState& state);
 // The content of the entry at `location`, read from the card. Any thread but the screen's, which
 // it would hold up; it ends early when `stop` is set.

@@ -13,6 +13,8 @@ class CardUse {
   // put in meanwhile can be read and refuses every change with kWrongSim. Nesting is counted.
   virtual void Hold() = 0;
   virtual void LetGo() = 0;
+  // Rises whenever what was read before may no longer be what the card holds.
+  [[nodiscard]] virtual std::uint32_t Generation() const = 0;
   // Every change is refused: another card is in. Outside of Hold and LetGo until that one was read
   // from its first entry.
   [[nodiscard]] virtual bool IsExchanged() const = 0;

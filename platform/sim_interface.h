@@ -94,6 +94,15 @@ class SimInterface {
   // Deleting an empty location succeeds.
   virtual SimResult SimDeletePhonebookEntry(SimHandle sim, std::uint32_t storage,
                                             std::uint32_t index) = 0;
+  // The same two, carried out only while the location holds `known`, as a read entry tells
+  // it (address and text count); null: while it is free. Otherwise kEntryChanged, and nothing is
+  // written. Nobody else's change comes between the look and the write.
+  virtual SimResult SimWritePhonebookEntryIf(SimHandle sim, std::uint32_t storage,
+                                             std::uint32_t index, const SimPhonebookEntry& entry,
+                                             const SimPhonebookEntry* known) = 0;
+  virtual SimResult SimDeletePhonebookEntryIf(SimHandle sim, std::uint32_t storage,
+                                              std::uint32_t index,
+                                              const SimPhonebookEntry* known) = 0;
   // Short messages on the card. On failure both are left as they were.
   virtual SimResult SimGetSmsStorageStatus(SimHandle sim, std::uint32_t storage,
                                            std::uint32_t& used, std::uint32_t& total) = 0;

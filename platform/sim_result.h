@@ -53,6 +53,9 @@ enum class [[nodiscard]] SimResult : std::uint32_t{
     kMemoryFailure = 0x88000343,
     kMessageMemoryFull = 0x88000344,
     kEntryEmpty = 0x88000345,
+
+    // Ours: the location no longer holds what the caller knows of it.
+    kEntryChanged = 0x88010001,
 };
 
 constexpr bool Succeeded(SimResult result) {

@@ -125,7 +125,7 @@ FieldResult RilExtPhonebook::ReadTextField(FieldSlot slot, std::uint32_t locatio
 }
 
 bool RilExtPhonebook::ChooseRecord(const Target& target, std::uint32_t& existing,
-                                   std::uint32_t& record) {
+                                   std::uint32_t& record, Record& old) {
   if (!target.Type2()) {
     record = target.entryRecord;
     return true;
@@ -138,8 +138,16 @@ bool RilExtPhonebook::ChooseRecord(const Target& target, std::uint32_t& existing
   if (IapPosition(target.set, type) >= iapRecord_.size()) return false;
   // The record that was read belongs to the entry only as long as the entry refers to it.
   if (existing != value) existing = kNoRecord;
-  record = existing != kNoRecord ? existing : FirstFreeRecord(target.set, target.slot);
-  return record != 0;
+  record = existing;
+  if (existing != kNoRecord) return ReadFieldRecord(target, record, old);
+  for (record = FirstFreeRecord(target.set, target.slot); record != 0;
+       record = FirstFreeRecord(target.set, target.slot)) {
+    if (!ReadFieldRecord(target, record, old)) return false;
+    if (old.front() == kPadding) return true;
+    // Another program took it since the layout was read.
+    MarkRecord(target.set, target.slot, record, 1);
+  }
+  return false;
 }
 
 bool RilExtPhonebook::FinishWrite(const Target& target, std::uint32_t record,
@@ -158,10 +166,8 @@ bool RilExtPhonebook::ClearExtension(std::uint8_t record) {
   return WriteExtRecord(kExtensionFile, record, Record(kExtensionRecordSize, kPadding));
 }
 
-bool RilExtPhonebook::StoreNumber(const Target& target, std::uint32_t record, bool isNew,
-                                  const NumberField& field, bool enableNames) {
-  Record old;
-  if (!ReadFieldRecord(target, record, old)) return false;
+bool RilExtPhonebook::StoreNumber(const Target& target, std::uint32_t record, const Record& old,
+                                  bool isNew, const NumberField& field, bool enableNames) {
   const SplitNumber split = SplitForRecord(field.number);
   // What a free record holds refers to nothing.
   const std::uint8_t oldExtension = isNew ? kNoReference : OwnExtension(old);
@@ -227,9 +233,11 @@ std::uint32_t RilExtPhonebook::WriteNumberField(FieldSlot slot, std::uint32_t lo
   const MutexLock operation(operation_);
   if (clear) return ClearField(target, existing) ? kFieldWritten : FailureOf(slot);
   std::uint32_t record = 0;
+  Record old;
   const bool written =
-      ChooseRecord(target, existing, record) &&
-      StoreNumber(target, record, target.Type2() && record != existing, field, enableNames) &&
+      ChooseRecord(target, existing, record, old) &&
+      (target.Type2() || ReadFieldRecord(target, record, old)) &&
+      StoreNumber(target, record, old, target.Type2() && record != existing, field, enableNames) &&
       FinishWrite(target, record, existing);
   return written ? kFieldWritten : FailureOf(slot);
 }
@@ -243,9 +251,8 @@ std::uint32_t RilExtPhonebook::WriteTextField(FieldSlot slot, std::uint32_t loca
   if (clear) return ClearField(target, existing) ? kFieldWritten : FailureOf(slot);
   std::uint32_t record = 0;
   Record bytes(target.file.recordLength, kPadding);
-  if (!ChooseRecord(target, existing, record)) return FailureOf(slot);
   // The end of a type-2 record stays.
-  if (target.Type2() && !ReadFieldRecord(target, record, bytes)) return FailureOf(slot);
+  if (!ChooseRecord(target, existing, record, bytes)) return FailureOf(slot);
   bytes = TextRecord(bytes, text, target.Type2());
   const bool written = !bytes.empty() && WriteExtRecord(target.code, record, bytes) &&
                        FinishWrite(target, record, existing);

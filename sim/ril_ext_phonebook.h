@@ -154,14 +154,15 @@ class RilExtPhonebook : public RilClient {
   FieldResult FindRecord(const Target& target, std::uint32_t& record) REQUIRES(operation_);
   // A record of the field's file, as long as the file's records are.
   bool ReadFieldRecord(const Target& target, std::uint32_t record, Record& bytes);
-  // Which record a write goes to: the existing one, the entry's own or a free one; 0 for none.
-  bool ChooseRecord(const Target& target, std::uint32_t& existing, std::uint32_t& record)
-      REQUIRES(operation_);
+  // Which record a write goes to: the existing one, the entry's own or a free one; 0 for none. Of a
+  // type-2 file, what it holds.
+  bool ChooseRecord(const Target& target, std::uint32_t& existing, std::uint32_t& record,
+                    Record& old) REQUIRES(operation_);
   bool FinishWrite(const Target& target, std::uint32_t record, std::uint32_t& existing)
       REQUIRES(operation_);
   // Writes a number's record, and its extension before or after it.
-  bool StoreNumber(const Target& target, std::uint32_t record, bool isNew, const NumberField& field,
-                   bool enableNames);
+  bool StoreNumber(const Target& target, std::uint32_t record, const Record& old, bool isNew,
+                   const NumberField& field, bool enableNames);
   bool ClearField(const Target& target, std::uint32_t& existing) REQUIRES(operation_);
   bool ReadIapRecord(std::uint32_t set, std::uint32_t record) REQUIRES(operation_);
   bool ReadIapByte(std::uint32_t set, std::uint32_t record, std::uint32_t type, std::uint8_t& value)

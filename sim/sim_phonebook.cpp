@@ -4,6 +4,7 @@
 #include <cstring>
 #include <iterator>
 #include <new>
+#include <optional>
 
 namespace kelpin::sim {
 namespace {
@@ -23,6 +24,28 @@ template <std::size_t N>
 std::u16string_view BoundedText(const char16_t (&from)[N]) {
   const char16_t* const last = std::end(from) - 1;
   return {from, static_cast<std::size_t>(std::find(from, last, u'\0') - from)};
+}
+
+platform::SimPhonebookEntry ToWrite(const char16_t* name, const char16_t* number) {
+  platform::SimPhonebookEntry entry;
+  entry.params = platform::kSimEntryAll;
+  entry.addressType = IsInternational(number) != 0 ? platform::kAddressTypeInternational
+                                                   : platform::kAddressTypeUnknown;
+  entry.numPlan = platform::kNumPlanTelephone;
+  CopyBounded(entry.text, name);
+  CopyBounded(entry.address, number);
+  return entry;
+}
+
+// What an entry has to hold; none where its location has to be free.
+std::optional<platform::SimPhonebookEntry> ToCompare(std::u16string_view name,
+                                                     std::u16string_view number) {
+  if (name.empty() && number.empty()) return std::nullopt;
+  platform::SimPhonebookEntry entry;
+  entry.params = platform::kSimEntryAddress | platform::kSimEntryText;
+  CopyBounded(entry.text, name);
+  CopyBounded(entry.address, number);
+  return entry;
 }
 
 }  // namespace
@@ -149,19 +172,38 @@ SimResult SimPhonebook::ReadEntry(std::uint32_t index, std::u16string* name,
 SimResult SimPhonebook::WriteEntry(std::uint32_t index, const char16_t* name,
                                    const char16_t* number) {
   if (name == nullptr || number == nullptr) return SimResult::kBadParameter;
-  platform::SimPhonebookEntry entry;
-  entry.params = platform::kSimEntryAll;
-  entry.addressType = IsInternational(number) != 0 ? platform::kAddressTypeInternational
-                                                   : platform::kAddressTypeUnknown;
-  entry.numPlan = platform::kNumPlanTelephone;
-  CopyBounded(entry.text, name);
-  CopyBounded(entry.address, number);
-  return Keep(
-      interface_.SimWritePhonebookEntry(sim_, platform::kSimPhonebookStorageSim, index, entry));
+  return Keep(interface_.SimWritePhonebookEntry(sim_, platform::kSimPhonebookStorageSim, index,
+                                                ToWrite(name, number)));
+}
+
+SimResult SimPhonebook::WriteEntry(std::uint32_t index, const char16_t* name,
+                                   const char16_t* number, const KnownTexts& known) {
+  if (name == nullptr || number == nullptr) return SimResult::kBadParameter;
+  const auto before = ToCompare(known.name, known.number);
+  return Keep(interface_.SimWritePhonebookEntryIf(sim_, platform::kSimPhonebookStorageSim, index,
+                                                  ToWrite(name, number),
+                                                  before ? &*before : nullptr));
 }
 
 SimResult SimPhonebook::DeleteEntry(std::uint32_t index) {
   return Keep(interface_.SimDeletePhonebookEntry(sim_, platform::kSimPhonebookStorageSim, index));
+}
+
+SimResult SimPhonebook::DeleteEntry(std::uint32_t index, const KnownTexts& known) {
+  const auto before = ToCompare(known.name, known.number);
+  return Keep(interface_.SimDeletePhonebookEntryIf(sim_, platform::kSimPhonebookStorageSim, index,
+                                                   before ? &*before : nullptr));
+}
+
+SimResult SimPhonebook::WriteNewEntry(std::uint32_t& index, const char16_t* name,
+                                      const char16_t* number) {
+  for (index = FirstFreeSlot(); index != 0; index = FirstFreeSlot()) {
+    const SimResult result = WriteEntry(index, name, number, KnownTexts());
+    if (platform::Succeeded(result)) MarkSlot(index, 1);
+    if (result != SimResult::kEntryChanged) return result;
+    MarkSlot(index, 1);
+  }
+  return SimResult::kSimFull;
 }
 
 SimResult SimPhonebook::ReadEntry(SimEntry& entry) {

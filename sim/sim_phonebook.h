@@ -64,6 +64,20 @@ class SimPhonebook {
   platform::SimResult WriteEntry(std::uint32_t index, const char16_t* name, const char16_t* number);
   platform::SimResult DeleteEntry(std::uint32_t index);
 
+  // The same two for an entry that still is what `known` says, both texts empty where it is free.
+  // Otherwise kEntryChanged: another program changed it, and nothing is written.
+  struct KnownTexts {
+    std::u16string_view name;
+    std::u16string_view number;
+  };
+  platform::SimResult WriteEntry(std::uint32_t index, const char16_t* name, const char16_t* number,
+                                 const KnownTexts& known);
+  platform::SimResult DeleteEntry(std::uint32_t index, const KnownTexts& known);
+  // Writes an entry at the lowest free location, which `index` becomes, and marks it. A location
+  // that another program took meanwhile is marked and passed over. None left: kSimFull, and 0.
+  platform::SimResult WriteNewEntry(std::uint32_t& index, const char16_t* name,
+                                    const char16_t* number);
+
   // The same for a whole entry at its `index`. Writing sets `addressType` and `numPlan`.
   platform::SimResult ReadEntry(SimEntry& entry);
   platform::SimResult WriteEntry(SimEntry& entry);

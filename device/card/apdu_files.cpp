@@ -451,6 +451,7 @@ TransportError ApduFiles::BeginTransaction() {
     transactions_ = 0;
     static_cast<void>(Noted(error).Ok());
   } else if (channel_.OthersMaySelect()) {
+    shared_ = true;
     current_.reset();
     folder_.reset();
   }

@@ -40,6 +40,8 @@ class ApduFiles final : public CardFiles {
   CardResult VerifyPin(std::string_view code, PinState& state) override;
   CardResult UnblockPin(std::string_view unblockingCode, std::string_view newPin,
                         PinState& state) override;
+  bool OthersMayWrite() const override { return shared_; }
+
   TransportError BeginTransaction() override;
   void EndTransaction() override;
 
@@ -82,6 +84,7 @@ class ApduFiles final : public CardFiles {
   std::atomic<bool> stopped_ = false;
   bool open_ = false;
   int transactions_ = 0;
+  bool shared_ = false;      // others ever had the card meanwhile
   bool pathSelects_ = true;  // the card takes whole paths
   bool searches_ = true;     // the card has SEARCH RECORD
   bool pinVerified_ = false;

@@ -62,6 +62,9 @@ class CardFiles {
     return StatusWord::kUnknownInstruction;
   }
 
+  // Other programs may write to the card as well: what was read may be another's by now.
+  virtual bool OthersMayWrite() const { return false; }
+
   // Keeps other programs off the card. Nesting is counted. Not a command to the card.
   virtual TransportError BeginTransaction() = 0;
   virtual void EndTransaction() = 0;

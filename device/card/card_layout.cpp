@@ -55,6 +55,10 @@ void CardLayout::Forget() {
   store_.clear();
 }
 
+void CardLayout::ForgetRecords() {
+  for (auto& [path, file] : store_) file.ForgetRecords();
+}
+
 CardResult CardLayout::SelectUsim() {
   application_ = false;
   std::vector<std::uint8_t> aid(kUsimAid.begin(), kUsimAid.end());

@@ -53,6 +53,10 @@ class CardLayout {
   // Once, until Forget. A card without any phone book is a file not found.
   CardResult Discover();
   void Forget();
+  // Forgets what the records of all files hold, not what the files are.
+  void ForgetRecords();
+  // Other programs may write to the card as well.
+  bool OthersMayWrite() const { return files_.OthersMayWrite(); }
 
   // What follows counts after a successful Discover.
 

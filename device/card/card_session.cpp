@@ -130,6 +130,7 @@ WriteOutcome CardSession::ChangeEntry(std::uint32_t location,
   EntryWriter writer(book_.Layout(), book_.Marks());
   outcome = operation(writer);
   EndChange();
+  if (outcome.othersWrote) NoteOthersWrote();
   if (outcome.doubtful) ReadBack(location, outcome);
   outcome.result = Explain(outcome.result);
   return outcome;

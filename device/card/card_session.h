@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "device/card/card_files.h"
@@ -34,6 +35,10 @@ class CardSession {
   // Changes one entry. What a lost answer leaves in doubt is read back from the card.
   WriteOutcome ChangeEntry(std::uint32_t location,
                            const std::function<WriteOutcome(EntryWriter&)>& operation);
+
+  // The card held something else than was known of it; told once.
+  void NoteOthersWrote() { othersWrote_ = true; }
+  bool TakeOthersWrote() { return std::exchange(othersWrote_, false); }
 
   // An update is under way. Any thread.
   bool Changing() const { return changing_; }
@@ -76,6 +81,7 @@ class CardSession {
   RefusedCodes refused_;
   std::atomic<bool> changing_ = false;
   std::uint32_t powerUps_ = 0;
+  bool othersWrote_ = false;
 };
 
 }  // namespace kelpin::device::card

@@ -15,26 +15,53 @@ namespace {
 using platform::SimResult;
 using platform::Succeeded;
 
-WriteOutcome Failed(SimResult result) {
+WriteOutcome Failed(SimResult result, bool othersWrote = false) {
   WriteOutcome outcome;
   outcome.result = result;
   outcome.changed = false;
+  outcome.othersWrote = othersWrote;
   return outcome;
+}
+
+// A number as lists and dialogs show it: the place of its '+' differs, that it has one does not.
+bool SameNumber(std::u16string_view address, const DialNumber& number) {
+  std::u16string digits(address);
+  const bool international = std::erase(digits, u'+') > 0;
+  return digits == number.digits &&
+         international == (IsInternational(number.tonNpi) && !number.digits.empty());
 }
 
 }  // namespace
 
 SimResult EntryWriter::ReadBefore(std::uint32_t location, Before& before) {
   if (!layout_.Find(location, before.place)) return SimResult::kInvalidIndex;
+  RecordFile& entries = *before.place.set->adn;
+  std::vector<std::uint8_t> known;
+  if (const auto bytes = entries.Known(before.place.record)) {
+    known.assign(bytes->begin(), bytes->end());
+  }
   std::span<const std::uint8_t> data;
-  const CardResult result = before.place.set->adn->ReadAfresh(before.place.record, data);
+  const CardResult result = entries.ReadAfresh(before.place.record, data);
   if (!result.Ok()) return ToSimResult(result);
   before.record.assign(data.begin(), data.end());
+  before.othersWrote = !known.empty() && known != before.record;
   before.number = before.View().Number();
   RecordFile* const ext1 = before.place.set->ext1;
-  if (before.View().Extension() == 0 || ext1 == nullptr) return SimResult::kOk;
-  return ToSimResult(
-      ExtensionFile(*ext1).Follow(before.View().Extension(), before.number.digits, before.chain));
+  if (before.View().Extension() != 0 && ext1 != nullptr) {
+    // The rest of the number may be another's as well.
+    if (layout_.OthersMayWrite()) ext1->ForgetRecords();
+    const CardResult followed =
+        ExtensionFile(*ext1).Follow(before.View().Extension(), before.number.digits, before.chain);
+    if (!followed.Ok()) return ToSimResult(followed);
+  }
+  return IsExpected(before) ? SimResult::kOk : SimResult::kEntryChanged;
+}
+
+bool EntryWriter::IsExpected(const Before& before) const {
+  if (!known_) return true;
+  const AdnView view = before.View();
+  if (view.IsEmpty()) return known_->name.empty() && known_->address.empty();
+  return known_->name == view.Name() && SameNumber(known_->address, before.number);
 }
 
 TransportError EntryWriter::Announce(const Before& before, EntryChange change) {
@@ -59,6 +86,7 @@ CardResult EntryWriter::DropLeftLinks(const EntryPlace& place) {
 WriteOutcome EntryWriter::Put(const Before& before, const std::vector<std::uint8_t>& record) {
   WriteOutcome outcome;
   outcome.intended = record;
+  outcome.othersWrote = before.othersWrote;
   if (record == before.record) {
     outcome.changed = false;
     return outcome;
@@ -85,6 +113,13 @@ SimResult EntryWriter::Allocate(const Before& before, std::size_t count,
   const bool reclaim = before.place.set->referenceRecord != 0;
   std::vector<std::uint8_t> found;
   for (const int choice : {0, 1, 2}) {
+    if (choice == 1 && reclaim && found.size() < count && layout_.OthersMayWrite()) {
+      // What nothing points at may be half of what another program writes, or was pointed at since.
+      layout_.ForgetRecords();
+      const CardResult again =
+          ExtensionReferences(layout_, *ext1, &before.place, every, referenced);
+      if (!again.Ok()) return ToSimResult(again);
+    }
     for (std::uint8_t record = 1; record <= extensions.Count(); ++record) {
       if (found.size() == count) break;
       if (referenced[record]) continue;
@@ -126,7 +161,7 @@ WriteOutcome EntryWriter::Write(std::uint32_t location, std::u16string_view name
   if (international && !wanted.digits.empty()) wanted.tonNpi = kTonNpiInternational;
   Before before;
   if (const SimResult result = ReadBefore(location, before); !Succeeded(result)) {
-    return Failed(result);
+    return Failed(result, before.othersWrote);
   }
   const AdnView view = before.View();
   const bool inUse = !view.IsEmpty();
@@ -184,7 +219,7 @@ WriteOutcome EntryWriter::Write(std::uint32_t location, std::u16string_view name
 WriteOutcome EntryWriter::Delete(std::uint32_t location) {
   Before before;
   if (const SimResult result = ReadBefore(location, before); !Succeeded(result)) {
-    return Failed(result);
+    return Failed(result, before.othersWrote);
   }
   const bool inUse = !before.View().IsEmpty();
   if (inUse) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -20,6 +21,14 @@ struct WriteOutcome {
   bool doubtful = false;
   std::vector<std::uint8_t> intended;
   bool changed = true;  // false: the card already held what was wanted
+  // The card held something else than was known of it.
+  bool othersWrote = false;
+};
+
+// What the caller of a change knows of the entry.
+struct KnownEntry {
+  std::u16string_view name;
+  std::u16string_view address;  // both empty: the location is free
 };
 
 // Changes entries, with the records of EF_EXT1 that long numbers need. Whatever is cut short, no
@@ -30,6 +39,9 @@ class EntryWriter {
  public:
   EntryWriter(CardLayout& layout, ChangeMarks& marks) : layout_(layout), marks_(marks) {}
 
+  // From here on a change is kEntryChanged, with nothing sent, where the location does not hold
+  // `known`.
+  void Expect(const KnownEntry& known) { known_ = known; }
   // Writes the whole location. `international` adds to what a '+' in the address says. What the
   // card holds already (a name in another form, a longer chain) is left as it stands.
   WriteOutcome Write(std::uint32_t location, std::u16string_view name, std::u16string_view address,
@@ -44,10 +56,13 @@ class EntryWriter {
     std::vector<std::uint8_t> record;
     DialNumber number;  // with the digits in EF_EXT1
     RecordSet chain;
+    bool othersWrote = false;
     AdnView View() const { return AdnView(record); }
   };
 
+  // kEntryChanged when it is not what is expected.
   platform::SimResult ReadBefore(std::uint32_t location, Before& before);
+  bool IsExpected(const Before& before) const;
   // What must be true on the card before the entry changes. An error: the card was lost.
   TransportError Announce(const Before& before, EntryChange change);
   // A new entry has nothing of what a former one left in the files beside it.
@@ -63,6 +78,7 @@ class EntryWriter {
 
   CardLayout& layout_;
   ChangeMarks& marks_;
+  std::optional<KnownEntry> known_;
 };
 
 }  // namespace kelpin::device::card

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "device/card/adn_record.h"
 #include "device/card/references.h"
 #include "device/card/status_map.h"
 
@@ -61,8 +62,8 @@ RadioAnswer Refused(const CardResult& said) {
 }
 
 // A type-2 record that no entry refers to is free, whatever a change that was cut short left in it.
-bool LeftBehind(CardLayout& layout, const RecordFile& file, std::uint8_t record,
-                std::span<const std::uint8_t> bytes) {
+bool IsLeftBehind(CardLayout& layout, const RecordFile& file, std::uint8_t record,
+                  std::span<const std::uint8_t> bytes) {
   RecordSet linked;
   return !bytes.empty() && bytes[0] != 0xFF && LinkedRecords(layout, file, linked) &&
          !linked[record];
@@ -143,7 +144,7 @@ RadioAnswer RadioCommands::ReadRecord(const Find& find) {
     std::span<const std::uint8_t> bytes;
     if (said.Ok()) said = file->Read(record, bytes);
     if (!said.Ok()) return ToSimResult(said);
-    const bool left = LeftBehind(layout, *file, record, bytes);
+    const bool left = IsLeftBehind(layout, *file, record, bytes);
     answer =
         SimAnswer(StatusWord::kOk, left ? std::vector<std::uint8_t>(bytes.size(), 0xFF)
                                         : std::vector<std::uint8_t>(bytes.begin(), bytes.end()));
@@ -152,14 +153,48 @@ RadioAnswer RadioCommands::ReadRecord(const Find& find) {
   return Succeeded(result) ? answer : Refused(said);
 }
 
+CardResult RadioCommands::IsUnclaimed(RecordFile& file, std::uint8_t record, bool& unclaimed) {
+  CardLayout& layout = session_.Book().Layout();
+  std::span<const std::uint8_t> bytes;
+  if (const CardResult result = file.Read(record, bytes); !result.Ok()) return result;
+  unclaimed = IsLeftBehind(layout, file, record, bytes);
+  const bool isExtension = std::ranges::any_of(
+      layout.Sets(), [&](const PhonebookSet& set) { return set.ext1 == &file; });
+  if (!isExtension || ExtensionIsFree(bytes)) return StatusWord::kOk;
+  RecordSet wanted;
+  wanted.set(record);
+  RecordSet referenced;
+  const CardResult result = ExtensionReferences(layout, file, nullptr, wanted, referenced);
+  if (result.Ok()) unclaimed = !referenced[record];
+  return result;
+}
+
+CardResult RadioCommands::Confirm(RecordFile& file, std::uint8_t record,
+                                  std::span<const std::uint8_t> data, bool& mine) {
+  CardLayout& layout = session_.Book().Layout();
+  if (!layout.OthersMayWrite() || !file.Known(record)) return StatusWord::kOk;
+  if (const CardResult result = file.Confirm(record, mine); !result.Ok() || !mine) return result;
+  // One that is given back was let go of just before.
+  if (data.empty() || data[0] == 0xFF) return StatusWord::kOk;
+  bool unclaimed = false;
+  CardResult result = IsUnclaimed(file, record, unclaimed);
+  if (!result.Ok() || !unclaimed) return result;
+  // It was told as free; an entry of another program's may refer to it by now.
+  layout.ForgetRecords();
+  result = IsUnclaimed(file, record, mine);
+  return result;
+}
+
 RadioAnswer RadioCommands::UpdateRecord(const Find& find, std::span<const std::uint8_t> data) {
   CardResult said = TransportError::kNoCard;
+  bool mine = true;
   bool sent = false;
   SimResult result = session_.Change([&]() -> CardResult {
     RecordFile* file = nullptr;
     std::uint8_t record = 0;
     said = find(file, record);
     if (!said.Ok()) return said;
+    if (said = Confirm(*file, record, data, mine); !said.Ok() || !mine) return said;
     said = session_.Book().Marks().BeforeRecord(*file, record, data);
     if (said.Error() != TransportError::kNone) return said;
     sent = true;
@@ -181,6 +216,10 @@ RadioAnswer RadioCommands::UpdateRecord(const Find& find, std::span<const std::u
     });
     if (Succeeded(result) && written) return SimAnswer(StatusWord::kOk, {});
     return RadioAnswer{};
+  }
+  if (Succeeded(result) && !mine) {
+    session_.NoteOthersWrote();
+    return SimAnswer(StatusWord::kConditionsNotMet, {});
   }
   return Succeeded(result) ? SimAnswer(said.Word(), {}) : Refused(said);
 }

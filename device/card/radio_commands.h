@@ -39,6 +39,12 @@ class RadioCommands {
   RadioAnswer GetResponse(const Find& find);
   RadioAnswer ReadRecord(const Find& find);
   RadioAnswer UpdateRecord(const Find& find, std::span<const std::uint8_t> data);
+  // `mine`: another program neither wrote the record since it was read here nor took it where it
+  // was told as free. Costs nothing where there are no other programs.
+  CardResult Confirm(RecordFile& file, std::uint8_t record, std::span<const std::uint8_t> data,
+                     bool& mine);
+  // The record is in use by its content, and as far as is known nothing refers to it.
+  CardResult IsUnclaimed(RecordFile& file, std::uint8_t record, bool& unclaimed);
 
   CardSession& session_;
 };

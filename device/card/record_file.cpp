@@ -57,6 +57,17 @@ CardResult RecordFile::ReadAfresh(std::uint8_t record, std::span<const std::uint
   return result;
 }
 
+CardResult RecordFile::Confirm(std::uint8_t record, bool& same) {
+  same = true;
+  const auto known = Known(record);
+  if (!known || !files_.OthersMayWrite()) return StatusWord::kOk;
+  const std::vector<std::uint8_t> before(known->begin(), known->end());
+  std::span<const std::uint8_t> now;
+  const CardResult result = ReadAfresh(record, now);
+  if (result.Ok()) same = std::equal(now.begin(), now.end(), before.begin(), before.end());
+  return result;
+}
+
 CardResult RecordFile::Learn(std::span<const std::uint8_t> pattern) {
   if (const CardResult result = Load(); !result.Ok()) return result;
   if (pattern.size() != info_.recordLength) return StatusWord::kWrongLength;

@@ -28,6 +28,9 @@ class RecordFile {
   // `data` stays valid until the file is next changed, read afresh or forgotten.
   CardResult Read(std::uint8_t record, std::span<const std::uint8_t>& data);
   CardResult ReadAfresh(std::uint8_t record, std::span<const std::uint8_t>& data);
+  // `same`: whether the card still holds what is known of the record. Where others may write to it
+  // the record is read afresh; where nothing is known of it, it is the same.
+  CardResult Confirm(std::uint8_t record, bool& same);
   // Has the card search for records that are `pattern`, once for each pattern, and knows them from
   // then on. A card that cannot search is no failure: the records are read when they are needed.
   CardResult Learn(std::span<const std::uint8_t> pattern);

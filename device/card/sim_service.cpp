@@ -48,6 +48,10 @@ std::u16string_view Text(const char16_t (&text)[size]) {
   return {text, static_cast<std::size_t>(std::find(text, text + size, u'\0') - text)};
 }
 
+platform::SimPhonebookEntry ToCondition(const platform::SimPhonebookEntry* known) {
+  return known != nullptr ? *known : platform::SimPhonebookEntry();
+}
+
 platform::SimPhonebookEntry ToPlatform(const PhonebookEntry& entry) {
   platform::SimPhonebookEntry out;
   out.params = platform::kSimEntryAll;
@@ -74,6 +78,7 @@ SimService::~SimService() {
 
 void SimService::CardInserted() {
   lost_ = true;
+  ++generation_;
   queue_.Post(0, [this](bool cancelled) {
     if (cancelled) return;
     HeedEvents();
@@ -84,6 +89,7 @@ void SimService::CardInserted() {
 
 void SimService::CardRemoved() {
   lost_ = true;
+  ++generation_;
   queue_.Post(0, [this](bool cancelled) {
     if (cancelled) return;
     HeedEvents();
@@ -93,6 +99,7 @@ void SimService::CardRemoved() {
 
 void SimService::CardReset() {
   lost_ = true;
+  ++generation_;
   queue_.Post(0, [this](bool cancelled) {
     if (cancelled) return;
     HeedEvents();
@@ -103,6 +110,7 @@ void SimService::CardReset() {
 
 void SimService::CardTouched() {
   touched_ = true;
+  ++generation_;
   queue_.Post(0, [this](bool cancelled) {
     if (cancelled) return;
     HeedEvents();
@@ -116,7 +124,14 @@ void SimService::HeedEvents() {
   if (touched_.exchange(false)) session_.Forget();
   // One that others ever had to themselves may have been written to at any time since.
   if (channel_.OthersMayWrite()) shared_ = true;
-  if (afresh_.exchange(false) && shared_) session_.Forget();
+  if (afresh_.exchange(false) && shared_) {
+    ++generation_;
+    session_.Forget();
+  }
+}
+
+void SimService::HeedFinds() {
+  if (session_.TakeOthersWrote()) CardTouched();
 }
 
 void SimService::CallOut(const std::function<bool()>& open, const std::function<void()>& call) {
@@ -155,6 +170,7 @@ Outcome SimService::OnCard(std::function<void(Outcome& outcome)> operation) {
     if (cancelled) return;
     HeedEvents();
     operation(*outcome);
+    HeedFinds();
   });
   return ran ? *outcome : Outcome();
 }
@@ -236,39 +252,63 @@ SimResult SimService::SimGetPhonebookStatus(platform::SimHandle sim, std::uint32
   return outcome.Tell(used, total);
 }
 
-SimResult SimService::SimWritePhonebookEntry(platform::SimHandle sim, std::uint32_t storage,
-                                             std::uint32_t index,
-                                             const platform::SimPhonebookEntry& entry) {
+SimResult SimService::Write(platform::SimHandle sim, std::uint32_t storage, std::uint32_t index,
+                            const platform::SimPhonebookEntry& entry, const Condition& condition) {
   if (entry.size != sizeof(entry)) return SimResult::kBadParameter;
-  const auto write = [this, index, entry](Outcome& out) {
+  const auto write = [this, index, entry, condition](Outcome& out) {
     const bool international = (entry.params & platform::kSimEntryAddressType) != 0 &&
                                entry.addressType == platform::kAddressTypeInternational;
     const std::u16string_view address =
         (entry.params & platform::kSimEntryAddress) != 0 ? Text(entry.address) : u"";
     const std::u16string_view text =
         (entry.params & platform::kSimEntryText) != 0 ? Text(entry.text) : u"";
-    out.result = session_
-                     .ChangeEntry(index,
-                                  [&](EntryWriter& writer) {
-                                    return writer.Write(index, text, address, international);
-                                  })
-                     .result;
+    const auto change = [&](EntryWriter& writer) {
+      if (condition) writer.Expect({Text(condition->text), Text(condition->address)});
+      return writer.Write(index, text, address, international);
+    };
+    out.result = session_.ChangeEntry(index, change).result;
     if (Succeeded(out.result)) NotifySim(platform::kSimNotifyPhonebookEntryStored, index);
   };
   return OnCard<Outcome>(sim, storage == platform::kSimPhonebookStorageSim, write).result;
 }
 
-SimResult SimService::SimDeletePhonebookEntry(platform::SimHandle sim, std::uint32_t storage,
-                                              std::uint32_t index) {
-  const auto remove = [this, index](Outcome& out) {
-    const WriteOutcome written =
-        session_.ChangeEntry(index, [&](EntryWriter& writer) { return writer.Delete(index); });
+SimResult SimService::Delete(platform::SimHandle sim, std::uint32_t storage, std::uint32_t index,
+                             const Condition& condition) {
+  const auto remove = [this, index, condition](Outcome& out) {
+    const WriteOutcome written = session_.ChangeEntry(index, [&](EntryWriter& writer) {
+      if (condition) writer.Expect({Text(condition->text), Text(condition->address)});
+      return writer.Delete(index);
+    });
     out.result = written.result;
     if (Succeeded(out.result) && written.changed) {
       NotifySim(platform::kSimNotifyPhonebookEntryDeleted, index);
     }
   };
   return OnCard<Outcome>(sim, storage == platform::kSimPhonebookStorageSim, remove).result;
+}
+
+SimResult SimService::SimWritePhonebookEntry(platform::SimHandle sim, std::uint32_t storage,
+                                             std::uint32_t index,
+                                             const platform::SimPhonebookEntry& entry) {
+  return Write(sim, storage, index, entry, std::nullopt);
+}
+
+SimResult SimService::SimDeletePhonebookEntry(platform::SimHandle sim, std::uint32_t storage,
+                                              std::uint32_t index) {
+  return Delete(sim, storage, index, std::nullopt);
+}
+
+SimResult SimService::SimWritePhonebookEntryIf(platform::SimHandle sim, std::uint32_t storage,
+                                               std::uint32_t index,
+                                               const platform::SimPhonebookEntry& entry,
+                                               const platform::SimPhonebookEntry* known) {
+  return Write(sim, storage, index, entry, ToCondition(known));
+}
+
+SimResult SimService::SimDeletePhonebookEntryIf(platform::SimHandle sim, std::uint32_t storage,
+                                                std::uint32_t index,
+                                                const platform::SimPhonebookEntry* known) {
+  return Delete(sim, storage, index, ToCondition(known));
 }
 
 SimResult SimService::SimGetSmsStorageStatus(platform::SimHandle sim, std::uint32_t storage,

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -56,6 +57,13 @@ class SimService final : public platform::SimInterface,
                                              const platform::SimPhonebookEntry& entry) override;
   platform::SimResult SimDeletePhonebookEntry(platform::SimHandle sim, std::uint32_t storage,
                                               std::uint32_t index) override;
+  platform::SimResult SimWritePhonebookEntryIf(platform::SimHandle sim, std::uint32_t storage,
+                                               std::uint32_t index,
+                                               const platform::SimPhonebookEntry& entry,
+                                               const platform::SimPhonebookEntry* known) override;
+  platform::SimResult SimDeletePhonebookEntryIf(platform::SimHandle sim, std::uint32_t storage,
+                                                std::uint32_t index,
+                                                const platform::SimPhonebookEntry* known) override;
   platform::SimResult SimGetSmsStorageStatus(platform::SimHandle sim, std::uint32_t storage,
                                              std::uint32_t& used, std::uint32_t& total) override;
 
@@ -85,6 +93,7 @@ class SimService final : public platform::SimInterface,
   void Hold() override { session_.Hold(); }
   void LetGo() override { session_.LetGo(); }
   bool IsExchanged() const override { return session_.Swapped(); }
+  std::uint32_t Generation() const override { return generation_; }
 
   // The program ends: calls that wait for the card, and later ones, answer kNotReady at once;
   // nothing is begun any more, and an update that is under way goes on. Any thread.
@@ -106,6 +115,9 @@ class SimService final : public platform::SimInterface,
     void* parameter = nullptr;
   };
 
+  // What an entry that is changed must hold, both texts empty: nothing. None: whatever it likes.
+  using Condition = std::optional<platform::SimPhonebookEntry>;
+
   // CardChannelListener, on the channel's thread.
   void CardInserted() override;
   void CardRemoved() override;
@@ -114,6 +126,10 @@ class SimService final : public platform::SimInterface,
 
   bool HasSimSession(platform::SimHandle sim) EXCLUDES(lock_);
   bool HasRadioSession(platform::RilHandle ril) EXCLUDES(lock_);
+  platform::SimResult Write(platform::SimHandle sim, std::uint32_t storage, std::uint32_t index,
+                            const platform::SimPhonebookEntry& entry, const Condition& condition);
+  platform::SimResult Delete(platform::SimHandle sim, std::uint32_t storage, std::uint32_t index,
+                             const Condition& condition);
   // Runs `operation` on the card's thread, on an outcome of its own, and returns that. What it uses
   // it owns: when the service is abandoned meanwhile, it goes on without its caller.
   template <typename Outcome>
@@ -128,6 +144,8 @@ class SimService final : public platform::SimInterface,
 
   // The rest runs on the card's thread.
   void HeedEvents();
+  // Tells of what was found to be another's work while something else was done.
+  void HeedFinds();
   // Calls out of the service, unless the session was closed meanwhile.
   void CallOut(const std::function<bool()>& open,
                const std::function<void()>& call) NO_THREAD_SAFETY_ANALYSIS;
@@ -149,9 +167,10 @@ class SimService final : public platform::SimInterface,
   std::atomic<bool> lost_ = false;
   std::atomic<bool> touched_ = false;
   std::atomic<bool> afresh_ = false;  // the program wants nothing from memory
-  bool changedByOthers_ = false;      // the card's thread alone
-  bool shared_ = false;               // the same: other programs reach the card too
-  int callsOut_ = 0;                  // the same: calls under way, one within the other
+  std::atomic<std::uint32_t> generation_ = 0;
+  bool changedByOthers_ = false;  // the card's thread alone
+  bool shared_ = false;           // the same: other programs reach the card too
+  int callsOut_ = 0;              // the same: calls under way, one within the other
 
   Mutex callLock_;  // held by the card's thread while it calls out, and to close a session
   std::function<void()> codeGuard_;

@@ -82,6 +82,7 @@ std::int32_t SimService::Command(platform::RilHandle ril, Operation operation) {
     if (!cancelled) {
       HeedEvents();
       answer = operation();
+      HeedFinds();
     }
     if (session.result != nullptr) {
       CallOut([this, ril] { return HasRadioSession(ril); },

@@ -60,15 +60,35 @@ class SimClient {
   }
   platform::SimResult Write(std::uint32_t index, std::u16string_view name,
                             std::u16string_view address) {
+    return sim_.SimWritePhonebookEntry(handle_, platform::kSimPhonebookStorageSim, index,
+                                       Entry(name, address));
+  }
+  platform::SimResult Delete(std::uint32_t index) {
+    return sim_.SimDeletePhonebookEntry(handle_, platform::kSimPhonebookStorageSim, index);
+  }
+  // The same where the location is free, or holds what is known of it.
+  platform::SimResult WriteFree(std::uint32_t index, std::u16string_view name,
+                                std::u16string_view address) {
+    return sim_.SimWritePhonebookEntryIf(handle_, platform::kSimPhonebookStorageSim, index,
+                                         Entry(name, address), nullptr);
+  }
+  platform::SimResult WriteKnown(std::uint32_t index, std::u16string_view name,
+                                 std::u16string_view address,
+                                 const platform::SimPhonebookEntry& known) {
+    return sim_.SimWritePhonebookEntryIf(handle_, platform::kSimPhonebookStorageSim, index,
+                                         Entry(name, address), &known);
+  }
+  platform::SimResult DeleteKnown(std::uint32_t index, const platform::SimPhonebookEntry& known) {
+    return sim_.SimDeletePhonebookEntryIf(handle_, platform::kSimPhonebookStorageSim, index,
+                                          &known);
+  }
+  static platform::SimPhonebookEntry Entry(std::u16string_view name, std::u16string_view address) {
     platform::SimPhonebookEntry entry;
     entry.params = platform::kSimEntryAll;
     entry.numPlan = platform::kNumPlanTelephone;
     std::copy(name.begin(), name.end(), entry.text);
     std::copy(address.begin(), address.end(), entry.address);
-    return sim_.SimWritePhonebookEntry(handle_, platform::kSimPhonebookStorageSim, index, entry);
-  }
-  platform::SimResult Delete(std::uint32_t index) {
-    return sim_.SimDeletePhonebookEntry(handle_, platform::kSimPhonebookStorageSim, index);
+    return entry;
   }
   std::vector<Notice> Notices() {
     const std::lock_guard lock(mutex_);

@@ -231,6 +231,35 @@ TYPED_TEST_P(SimInterfaceContract, ADeletedLocationIsEmptyAndStaysSoWhenDeletedA
   this->ExpectEntry(sim, 2, u"Ada", u"+4420123", 1);
 }
 
+TYPED_TEST_P(SimInterfaceContract, AChangeOnConditionIsMadeOnlyWhereTheConditionHolds) {
+  constexpr auto kChanged = platform::SimResult::kEntryChanged;
+  const platform::SimHandle sim = this->Open();
+  auto& port = this->Port();
+  const auto eve = this->MakeEntry(u"Eve", u"+358");
+  const auto ada = this->MakeEntry(u"Ada", u"+4420123");
+  // Location 2 is Ada's, 1 is free.
+  EXPECT_EQ(port.SimWritePhonebookEntryIf(sim, this->kStorage, 2, eve, nullptr), kChanged);
+  EXPECT_EQ(port.SimWritePhonebookEntryIf(sim, this->kStorage, 2, eve, &eve), kChanged);
+  EXPECT_EQ(port.SimWritePhonebookEntryIf(sim, this->kStorage, 1, eve, &ada), kChanged);
+  EXPECT_EQ(port.SimDeletePhonebookEntryIf(sim, this->kStorage, 2, &eve), kChanged);
+  EXPECT_EQ(port.SimDeletePhonebookEntryIf(sim, this->kStorage, 2, nullptr), kChanged);
+  const auto otherNumber = this->MakeEntry(u"Ada", u"4420123");
+  EXPECT_EQ(port.SimDeletePhonebookEntryIf(sim, this->kStorage, 2, &otherNumber), kChanged);
+  this->ExpectEntry(sim, 2, u"Ada", u"+4420123", 1);
+  this->ExpectEmpty(sim, 1);
+  this->ExpectStatus(sim, 3);
+
+  EXPECT_EQ(port.SimWritePhonebookEntryIf(sim, this->kStorage, 1, eve, nullptr), this->kOk);
+  EXPECT_EQ(port.SimWritePhonebookEntryIf(sim, this->kStorage, 2, eve, &ada), this->kOk);
+  this->ExpectEntry(sim, 1, u"Eve", u"+358", 1);
+  this->ExpectEntry(sim, 2, u"Eve", u"+358", 1);
+  EXPECT_EQ(port.SimDeletePhonebookEntryIf(sim, this->kStorage, 2, &eve), this->kOk);
+  EXPECT_EQ(port.SimDeletePhonebookEntryIf(sim, this->kStorage, 2, nullptr), this->kOk);
+  this->ExpectEmpty(sim, 2);
+  EXPECT_EQ(port.SimWritePhonebookEntryIf(sim, this->kStorage, kKnownTotal + 1, eve, nullptr),
+            platform::SimResult::kInvalidIndex);
+}
+
 TYPED_TEST_P(SimInterfaceContract, OtherStoragesAreRefused) {
   const platform::SimHandle sim = this->Open();
   const std::uint32_t other = 1;
@@ -375,6 +404,7 @@ REGISTER_TYPED_TEST_SUITE_P(SimInterfaceContract, TheStatusTellsUsedAndTotal,
                             AWrittenEntryReplacesTheWholeLocation,
                             TheLongestTextsFitAndLongerOnesChangeNothing,
                             ADeletedLocationIsEmptyAndStaysSoWhenDeletedAgain,
+                            AChangeOnConditionIsMadeOnlyWhereTheConditionHolds,
                             OtherStoragesAreRefused, AClosedSessionAnswersNothing,
                             SessionsShareTheCard, ChangesAreToldToEverySessionWithNotifications,
                             WhatFailedIsNotTold, ASessionWithoutNotificationsIsNotCalled,

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "app/app_state.h"
+#include "app/delete_entries.h"
 #include "app/extended_fields.h"
 #include "app/list_commands.h"
 #include "app/list_loader.h"
@@ -57,6 +58,7 @@ class EntryFlow {
       loader_ = &list;
       commands.Register(res::kCommandSelectAll, [&app] { app::SelectAllRows(app); });
       commands.Register(res::kCommandRefresh, [&list] { list.Refresh(); });
+      app::RegisterDelete(app, commands, list, nullptr);
       RegisterEditorCommands(app, commands, list);
       views::RegisterViewCommands(app, commands, list);
     };
@@ -135,7 +137,8 @@ class EntryFlow {
   void PickName(ui::Dialog& dialog, int button, int row) {
     screen.ScriptDialog(res::kDialogNumberNamePicker, [this, row](ui::Dialog& picker) {
       ui::ListView& list = *picker.List(res::kNumberNamePickerList);
-      ASSERT_TRUE(screen.RunUntil([&] { return list.SelectedCount() > 0; }));
+      // The worker that selects the first row tells of it a moment later.
+      ASSERT_TRUE(screen.RunUntil([&] { return picker.Bar()->KeyAt(0).enabled; }));
       list.Click(row, 0, ui::kNoModifier);
       screen.RunPending();
       picker.PressSoftKey(0);

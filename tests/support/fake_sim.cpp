@@ -113,6 +113,16 @@ SimResult FakeSim::SimGetPhonebookStatus(SimHandle sim, std::uint32_t storage, s
   return SimResult::kOk;
 }
 
+bool FakeSim::Holds(std::uint32_t index, const SimPhonebookEntry* known) const {
+  MutexLock lock(lock_);
+  const auto found = entries_.find(index);
+  if (known == nullptr || found == entries_.end()) {
+    return known == nullptr && found == entries_.end();
+  }
+  return Text(known->text) == Text(found->second.text) &&
+         Text(known->address) == Text(found->second.address);
+}
+
 SimResult FakeSim::SimWritePhonebookEntry(SimHandle sim, std::uint32_t storage, std::uint32_t index,
                                           const SimPhonebookEntry& entry) {
   journal_.Add(CallText("SimWritePhonebookEntry", sim, storage, index, Text(entry.text),
@@ -141,6 +151,19 @@ SimResult FakeSim::SimDeletePhonebookEntry(SimHandle sim, std::uint32_t storage,
   if (location != SimResult::kOk) return location;
   if (entries_.erase(index) != 0) PostOwn(platform::kSimNotifyPhonebookEntryDeleted, index);
   return SimResult::kOk;
+}
+
+SimResult FakeSim::SimWritePhonebookEntryIf(SimHandle sim, std::uint32_t storage,
+                                            std::uint32_t index, const SimPhonebookEntry& entry,
+                                            const SimPhonebookEntry* known) {
+  return Holds(index, known) ? SimWritePhonebookEntry(sim, storage, index, entry)
+                             : SimResult::kEntryChanged;
+}
+
+SimResult FakeSim::SimDeletePhonebookEntryIf(SimHandle sim, std::uint32_t storage,
+                                             std::uint32_t index, const SimPhonebookEntry* known) {
+  return Holds(index, known) ? SimDeletePhonebookEntry(sim, storage, index)
+                             : SimResult::kEntryChanged;
 }
 
 SimResult FakeSim::SimGetSmsStorageStatus(SimHandle sim, std::uint32_t storage, std::uint32_t& used,

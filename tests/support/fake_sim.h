@@ -37,6 +37,14 @@ class FakeSim : public platform::SimInterface {
                                              const platform::SimPhonebookEntry& entry) override;
   platform::SimResult SimDeletePhonebookEntry(platform::SimHandle sim, std::uint32_t storage,
                                               std::uint32_t index) override;
+  // Where the condition holds, the calls without one.
+  platform::SimResult SimWritePhonebookEntryIf(platform::SimHandle sim, std::uint32_t storage,
+                                               std::uint32_t index,
+                                               const platform::SimPhonebookEntry& entry,
+                                               const platform::SimPhonebookEntry* known) override;
+  platform::SimResult SimDeletePhonebookEntryIf(platform::SimHandle sim, std::uint32_t storage,
+                                                std::uint32_t index,
+                                                const platform::SimPhonebookEntry* known) override;
   platform::SimResult SimGetSmsStorageStatus(platform::SimHandle sim, std::uint32_t storage,
                                              std::uint32_t& used, std::uint32_t& total) override;
 
@@ -82,6 +90,7 @@ class FakeSim : public platform::SimInterface {
 
   // kOk when the call may go on: known session, neither told nor planned to fail.
   platform::SimResult Admit(std::string_view call, platform::SimHandle sim);
+  bool Holds(std::uint32_t index, const platform::SimPhonebookEntry* known) const;
   platform::SimResult CheckIndex(std::uint32_t storage, std::uint32_t index) REQUIRES(lock_);
   void Post(std::uint32_t code, const void* data, std::uint32_t size) REQUIRES(lock_);
   // In the order of the changes, so under the lock that they are made under.

@@ -12,7 +12,7 @@
 
 namespace kelpin::views {
 
-// A card of two sets of 500 locations; second number, third number and e-mail of each are in the
+// A card of three sets of 500 locations; second number, third number and e-mail of each are in the
 // record with the entry's own number.
 class CallTest : public ViewsTest {
  protected:
@@ -22,9 +22,9 @@ class CallTest : public ViewsTest {
   CallTest() {
     wiring.loadLayout = app::LoadExtendedLayout;
     device.sim.SetCapacity(1010);
-    SetFile(0, 40, 2);
+    SetFile(0, 40, 3);
     SetFile(50, 28, kPerSet);
-    for (const std::uint32_t set : {0u, 1u}) {
+    for (const std::uint32_t set : {0u, 1u, 2u}) {
       // EF_PBR: type 1 files alone, EF_ADN, EF_ANR twice, EF_EMAIL.
       const auto last = static_cast<std::uint8_t>(set);
       SetRecord(0, set + 1,
@@ -45,6 +45,8 @@ class CallTest : public ViewsTest {
     SetRecord(7, 1, {0x00, 0x03, 0x91, 0x94, 0x71});  // +4917
     SetRecord(2, 1, Letters("anna@example.org"));
     SetRecord(16, 500, {0x00, 0x02, 0x81, 0x99});  // 99
+    SetRecord(26, 1, {0x00, 0x02, 0x81, 0x88});    // 88, of the first location nobody may ask for
+    SetRecord(22, 1, Letters("dora@example.org"));
   }
 
   void SetFile(std::uint32_t code, std::uint8_t length, std::size_t count) {

@@ -205,7 +205,7 @@ TEST_F(SendCommandTest, EveryWayOfChoosingKeepsTheChooserOpen) {
   EXPECT_EQ(Started().size(), 5u);
 }
 
-TEST_F(SendCommandTest, TheChooserHelpsAndIsLaidOutWhenEitherSideChangesAndOnlyThen) {
+TEST_F(SendCommandTest, TheChooserHelpsAndIsLaidOutWhenEitherSideChanges) {
   OpenMain();
   SelectEntry(1);
   ShowChooser([&](ui::Dialog& dialog, ui::ListView& list) {
@@ -217,9 +217,6 @@ TEST_F(SendCommandTest, TheChooserHelpsAndIsLaidOutWhenEitherSideChangesAndOnlyT
     EXPECT_EQ(WidthsOf(list), std::vector<int>{size.width + 20});
     dialog.Resize({size.width + 20, size.height + 20});
     EXPECT_EQ(dialog.Bounds(1074).y + dialog.Bounds(1074).height, size.height + 20);
-    dialog.SetBounds(1074, {1, 2, 3, 4});
-    dialog.Resize({size.width + 20, size.height + 20});
-    EXPECT_EQ(dialog.Bounds(1074), (ui::Rect{1, 2, 3, 4}));
   });
 }
 

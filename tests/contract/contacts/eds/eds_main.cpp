@@ -12,8 +12,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "tests/contract/contacts/eds/eds_move.h"
 #include "tests/device/scratch_folder.h"
 
 namespace {
@@ -69,6 +71,9 @@ int RunInOwnSession(char** argv) {
 
 int main(int argc, char** argv) {
   if (std::getenv(kInside) == nullptr) return RunInOwnSession(argv);
+  if (argc == 5 && std::string_view(argv[1]) == kelpin::contract::kMoveProcess) {
+    return kelpin::contract::RunMoveProcess(argv + 2);
+  }
   testing::InitGoogleMock(&argc, argv);
   return RUN_ALL_TESTS();
 }

@@ -218,6 +218,23 @@ TEST_F(OverwritePromptTest, ForAllHoldsForOneRun) {
   EXPECT_EQ(prompts.size(), 2u);
 }
 
+TEST_F(OverwritePromptTest, AfterARunToTheCardTheNextSaveAsksAboutContacts) {
+  PutThree();
+  PutContact(u"Anna");
+  Open();
+  device.screen.ScriptDialog(res::kDialogContactPicker, [this](ui::Dialog& picker) {
+    Load();
+    picker.Command(res::kCancel);
+  });
+  Dialog().Command(res::kCommandContactsToSim);
+  device.screen.RunPending();
+  SelectRows({0});
+  AnswerPrompt(res::kOverwriteNo);
+  Save();
+  EXPECT_THAT(prompts,
+              ElementsAre(u"\"Anna\" already exists in Contacts. Do you want to overwrite it?"));
+}
+
 TEST_F(OverwritePromptTest, AYesThatCouldNotBeWrittenStillCounts) {
   PutThree();
   PutContact(u"Anna");

@@ -87,6 +87,52 @@ TEST_F(ContactsOutTest, FieldsThatAreSwitchedOffAreNotCopied) {
   EXPECT_EQ(ContactsIn(*store).at(u"Ann"), (WholeEntry{u"Ann", u"+491", u"", u"", u""}));
 }
 
+TEST_F(ContactsOutTest, EachFieldHasASwitchOfItsOwn) {
+  const std::string image = ImageWith({kAnn});
+  const std::pair<const char16_t*, WholeEntry> kLeft[] = {
+      {u"Disable_ANR", {u"Ann", u"+491", u"", u"333", u"ann@example.org"}},
+      {u"Disable_ANRA", {u"Ann", u"+491", u"222", u"", u"ann@example.org"}},
+      {u"Disable_EMAIL", {u"Ann", u"+491", u"222", u"333", u""}},
+  };
+  for (const auto& [name, left] : kLeft) {
+    SoftCard card = SoftCard::FromText(image);
+    test::Journal journal;
+    test::FailPlan failures;
+    test::FakeContacts contacts(journal, failures);
+    CardProgram program(card.Channel(), contacts);
+    program.Put(name, 1);
+    program.Open();
+    CopyOut(program, kSaveCommand);
+    EXPECT_EQ(ContactsIn(contacts).at(u"Ann"), left);
+  }
+}
+
+// Entries of the sample have nicknames and groups.
+TEST_F(ContactsOutTest, WhatAContactHasNoPlaceForIsNotCarried) {
+  SoftCard card("usim");
+  test::Journal journal;
+  test::FailPlan failures;
+  test::FakeContacts contacts(journal, failures);
+  CardProgram program(card.Channel(), contacts);
+  program.Put(u"Disable_Prompt_Contact_Exist", 1);
+  program.Put(u"Enable_SNE", 1);
+  program.Put(u"Enable_GAS", 1);
+  program.Open();
+  CopyOut(program, kSaveCommand);
+  EXPECT_GT(contacts.Contacts().size(), 100u);
+  using platform::ContactProperty;
+  for (const auto& [oid, contact] : contacts.Contacts()) {
+    test::FakeContact expected;
+    for (const auto property :
+         {ContactProperty::kLastName, ContactProperty::kFileAs,
+          ContactProperty::kMobileTelephoneNumber, ContactProperty::kBusinessTelephoneNumber,
+          ContactProperty::kHomeTelephoneNumber, ContactProperty::kEmail1Address}) {
+      expected[property] = contact[property];
+    }
+    EXPECT_EQ(contact, expected) << oid;
+  }
+}
+
 TEST_F(ContactsOutTest, ASecondCopyFindsEveryEntryAndOverwritesItAfterAYes) {
   SoftCard card = SoftCard::FromText(ImageWith({kAnn, kZoe, kBob}));
   CardProgram program(card.Channel(), *store);

@@ -42,6 +42,7 @@ class ModemCardTest : public testing::Test {
     Open();
   }
   void Open() {
+    Close();
     channel = OpenModem(modem->Port());
     ASSERT_NE(channel, nullptr);
     service = std::make_unique<device::card::SimService>(*channel);

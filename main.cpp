@@ -49,6 +49,7 @@
 #include "device/desktop/utf8.h"
 #include "device/desktop/xdg.h"
 #include "device/kernel/kernel.h"
+#include "device/modem/modem_channel.h"
 #if KELPIN_HAS_EDS
 #include "device/contacts/eds/eds_store.h"
 #endif
@@ -142,10 +143,19 @@ bool ListReaders(std::string& /*list*/, std::string& why) {
 }
 #endif
 
+std::unique_ptr<card::CardChannel> OpenModem(const std::string& port, std::string& why) {
+  std::unique_ptr<modem::ModemChannel> channel = modem::ModemChannel::Open(port, why);
+  if (channel != nullptr && !channel->HadCard()) {
+    std::cerr << "kelpin: no card in the modem on " << port << "; put one in and start again\n";
+  }
+  return channel;
+}
+
 constexpr Adapter<card::CardChannel> kSimAdapters[] = {
     {"soft", true, "soft:FILE  a software card kept in FILE", OpenSoftCard},
     {"pcsc", false, "pcsc[:NAME]  the card in a PC/SC reader, the first one or NAME",
      OpenCardReader},
+    {"modem", true, "modem:PORT  the card in the modem on PORT (/dev/ttyUSB2, say)", OpenModem},
 };
 
 using ContactsTrouble = device::contacts::TroubleListener;

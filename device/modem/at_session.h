@@ -21,7 +21,7 @@ struct Patience {
   std::chrono::milliseconds card{10000};      // one that asks its card
   std::chrono::milliseconds sync{500};        // AT, when nothing is known of the modem yet
   std::chrono::milliseconds quiet{150};       // without a byte: nothing more comes
-  std::chrono::milliseconds drain{1000};      // for that at the most
+  std::chrono::milliseconds drain{400};       // for that at the most
   std::chrono::milliseconds busy{10000};      // a card that is busy, before that is told
   std::chrono::milliseconds busyPause{500};   // between two tries at it
   std::chrono::milliseconds look{5000};       // between two looks whether the card is in

@@ -21,8 +21,8 @@ namespace kelpin::device::desktop {
 namespace {
 
 // What posix_spawn is told: a session of its own, every signal as at the start of a program,
-// nothing to read, and of all that is open here the standard streams alone. Not every library marks
-// what it opens as this program's own, the smart-card service's socket for one.
+// nothing to read, and of all that is open here the standard streams alone: neither what this
+// program was given itself nor what a library may have opened without close-on-exec.
 class SpawnSettings {
  public:
   explicit SpawnSettings(int output) {

@@ -48,6 +48,9 @@ class ChannelFiles final : public CardFiles {
   CardResult VerifyPin(std::string_view code, PinState& state) override;
   CardResult UnblockPin(std::string_view unblockingCode, std::string_view newPin,
                         PinState& state) override;
+  bool OthersMayWrite() const override {
+    return channel_.OthersMayWrite() || files_->OthersMayWrite();
+  }
   TransportError BeginTransaction() override { return files_->BeginTransaction(); }
   void EndTransaction() override { files_->EndTransaction(); }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <vector>
 
 #include "app/app_state.h"
 #include "app/commands.h"
@@ -82,12 +83,19 @@ void ContactsToSimRun::Copy(ui::Dialog& picker, const std::atomic<bool>& stop) {
 
 void ContactsToSimRun::CopyRows(ui::Dialog& picker, const std::atomic<bool>& stop) {
   ui::ListView& list = *picker.List(res::kContactPickerList);
-  const int rows = list.ItemCount();
-  for (int row = 0; row < rows; ++row) {
-    chosen_ += list.Checked(row) ? 1 : 0;
+  // What is checked from now on was not meant; what is unchecked in time is left out.
+  std::vector<int> rows;
+  for (int row = 0; row < list.ItemCount(); ++row) {
+    if (list.Checked(row)) {
+      rows.push_back(row);
+    }
   }
+  chosen_ = static_cast<int>(rows.size());
   Next next = Next::kGoOn;
-  for (int row = 0; row < rows && next == Next::kGoOn && !stop && !state_.closing; ++row) {
+  for (const int row : rows) {
+    if (next == Next::kStop || stop || state_.closing) {
+      return;
+    }
     if (!list.Checked(row)) {
       continue;
     }

@@ -36,13 +36,14 @@ ui::ListMessage Message(int text, int hint) {
   return {std::u16string(res::LoadString(text)), std::u16string(res::LoadString(hint)), 0, 0};
 }
 
-bool AnyChecked(const ui::ListView& list) {
+std::vector<int> CheckedRows(const ui::ListView& list) {
+  std::vector<int> rows;
   for (int row = 0; row < list.ItemCount(); ++row) {
     if (list.Checked(row)) {
-      return true;
+      rows.push_back(row);
     }
   }
-  return false;
+  return rows;
 }
 
 // By what the user knows the contact: a number, else, where e-mails count, an e-mail.
@@ -95,11 +96,16 @@ EnumerationEnd DeleteContacts::Shared::Fill() {
 }
 
 void DeleteContacts::Shared::DeleteChecked() {
+  const ui::ListView& list = *dialog->List(res::kDeleteContactsList);
+  // What is checked from now on was not asked about; what is unchecked in time stays.
+  const std::vector<int> rows = CheckedRows(list);
   state.ports.screen.SetWaitCursor(true);
   ContactsConnection connection(state.ports.contacts);
   if (connection.Open() != 0) {
-    const ui::ListView& list = *dialog->List(res::kDeleteContactsList);
-    for (int row = 0; row < list.ItemCount() && !stopDeleting; ++row) {
+    for (const int row : rows) {
+      if (stopDeleting) {
+        break;
+      }
       if (!list.Checked(row)) {
         continue;
       }
@@ -220,7 +226,7 @@ void DeleteContacts::Delete(ui::Dialog& dialog) {
   }
   // What is not listed by now the user has not seen.
   shared_->stopFilling = true;
-  if (!AnyChecked(*dialog.List(res::kDeleteContactsList)) || !Ask(dialog)) {
+  if (CheckedRows(*dialog.List(res::kDeleteContactsList)).empty() || !Ask(dialog)) {
     dialog.Close();
     return;
   }

@@ -79,6 +79,21 @@ TEST_F(ContactsToSimEndTest, OfALongNameEnoughIsShown) {
             std::u16string::npos);
 }
 
+TEST_F(ContactsToSimEndTest, OfTheBoxesPressedWhileItCopiesOnlyTheUncheckedCount) {
+  for (const std::u16string_view name : {u"Cem", u"Left", u"Out", u"Late"}) Add(name, u"7");
+  Pick(kCopy, [&](ui::Dialog& picker) {
+    PickerList(picker).ClickCheckBox(3);  // off
+    device.screen.ScriptDialog(kOverwrite, [&](ui::Dialog& box) {
+      PickerList(picker).ClickCheckBox(2);
+      PickerList(picker).ClickCheckBox(3);
+      box.Command(361);
+    });
+    Done(picker);
+  });
+  EXPECT_THAT(CardEntries(), ElementsAre(u"1 Anna 111", u"2 Left 7", u"3 Cem 333"));
+  EXPECT_EQ(Boxes().back().text, Summary(1, 0, 1));
+}
+
 // A stop ends as a run that went through does.
 TEST_F(ContactsToSimEndTest, AStopWaitsSortsAndClosesBeforeTheErrorIsTold) {
   state->settings.CToSim_Type = 2;

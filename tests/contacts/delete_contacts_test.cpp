@@ -204,6 +204,23 @@ TEST_F(DeleteContactsTest, CheckedContactsAreDeletedFromTheFirstAfterAYes) {
   EXPECT_THAT(waits, ElementsAre(true, false));
 }
 
+TEST_F(DeleteContactsTest, OfTheBoxesPressedWhileItDeletesOnlyTheUncheckedCount) {
+  device.screen.ScriptBox(ui::BoxAnswer::kYes);
+  Choose([&](ui::Dialog& dialog) {
+    ListOf(dialog).ClickCheckBox(0);
+    ListOf(dialog).ClickCheckBox(2);
+    dialog.PressSoftKey(0);
+    device.screen.onWaitCursor = [&](bool wait) {
+      if (!wait) return;
+      ListOf(dialog).ClickCheckBox(1);
+      ListOf(dialog).ClickCheckBox(2);
+    };
+    RunThreads();
+    device.screen.onWaitCursor = nullptr;
+  });
+  EXPECT_THAT(InContacts(), ElementsAre(u"B", u"C"));
+}
+
 TEST_F(DeleteContactsTest, EnterDeletesToo) {
   device.screen.ScriptBox(ui::BoxAnswer::kYes);
   Choose([&](ui::Dialog& dialog) {

@@ -19,6 +19,10 @@ namespace {
 constexpr qint64 kFrame = 16;  // milliseconds between two drawings of what changes all the time
 constexpr ui::Size kSmallest = {320, 300};
 
+ui::Size SizeOf(const QRect& rect) {
+  return {rect.width(), rect.height()};
+}
+
 // The window behind one that goes is used next; not every window manager sees to it.
 void GiveWayTo(QWidget& window, bool wasActive) {
   QWidget* parent = window.parentWidget();
@@ -103,8 +107,7 @@ QWidget* ScreenWindows::WindowOf(ui::WindowHandle owner) const {
 
 void ScreenWindows::PlaceMain(DialogWindow& window) {
   const QRect room = window.screen()->availableGeometry();
-  const std::optional<WindowState> remembered = LoadWindowState(stateFolder_);
-  WindowState state = remembered.value_or(WindowState{});
+  WindowState state = LoadWindowState(stateFolder_, SizeOf(room)).value_or(WindowState{});
   if (size_) {
     state = {*size_, false};
   } else if (room.width() <= WindowState{}.size.width ||
@@ -122,8 +125,9 @@ void ScreenWindows::RememberSize(const DialogWindow& window) {
   }
   const QSize normal = window.isMaximized() ? window.normalGeometry().size() : window.size();
   const WindowState state{{normal.width(), normal.height()}, window.isMaximized()};
-  if (LoadWindowState(stateFolder_) != state) {
-    SaveWindowState(stateFolder_, state);
+  const ui::Size screen = SizeOf(window.screen()->availableGeometry());
+  if (LoadWindowState(stateFolder_, screen) != state) {
+    SaveWindowState(stateFolder_, screen, state);
   }
 }
 

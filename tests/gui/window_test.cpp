@@ -362,6 +362,8 @@ TEST(Shell, AnswersAsItWasMade) {
   EXPECT_EQ(status.sentence, 3u);
 }
 
+constexpr ui::Size kMonitor = {1920, 1080};
+
 class SavedSize : public ::testing::Test {
  protected:
   std::filesystem::path Folder() const {
@@ -377,9 +379,9 @@ class SavedSize : public ::testing::Test {
 };
 
 TEST_F(SavedSize, IsReadBackAndTheUsersAlone) {
-  EXPECT_EQ(qt::LoadWindowState(Folder()), std::nullopt);
-  ASSERT_TRUE(qt::SaveWindowState(Folder(), {{700, 500}, true}));
-  EXPECT_EQ(qt::LoadWindowState(Folder()), (qt::WindowState{{700, 500}, true}));
+  EXPECT_EQ(qt::LoadWindowState(Folder(), kMonitor), std::nullopt);
+  ASSERT_TRUE(qt::SaveWindowState(Folder(), kMonitor, {{700, 500}, true}));
+  EXPECT_EQ(qt::LoadWindowState(Folder(), kMonitor), (qt::WindowState{{700, 500}, true}));
   const auto permissions = std::filesystem::status(Folder() / "window").permissions();
   EXPECT_EQ(permissions & std::filesystem::perms::all,
             std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
@@ -387,10 +389,30 @@ TEST_F(SavedSize, IsReadBackAndTheUsersAlone) {
 
 TEST_F(SavedSize, NonsenseIsNotBelieved) {
   for (const char* text :
-       {"", "700", "0 0 normal\n", "-5 500 normal\n", "99999 500 normal\n", "seven hundred\n"}) {
+       {"", "1920 1080 700", "1920 1080 0 0 normal\n", "1920 1080 -5 500 normal\n",
+        "1920 1080 99999 500 normal\n", "1920 1080 seven hundred normal\n"}) {
     Write(text);
-    EXPECT_EQ(qt::LoadWindowState(Folder()), std::nullopt) << text;
+    EXPECT_EQ(qt::LoadWindowState(Folder(), kMonitor), std::nullopt) << text;
   }
+}
+
+// A phone that is put to a monitor has a window there, and fills its own screen afterwards.
+TEST_F(SavedSize, IsKeptForEachScreen) {
+  constexpr ui::Size kPhone = {360, 720};
+  ASSERT_TRUE(qt::SaveWindowState(Folder(), kPhone, {{360, 720}, true}));
+  EXPECT_EQ(qt::LoadWindowState(Folder(), kMonitor), std::nullopt);
+  ASSERT_TRUE(qt::SaveWindowState(Folder(), kMonitor, {{700, 500}, false}));
+  ASSERT_TRUE(qt::SaveWindowState(Folder(), kMonitor, {{800, 600}, false}));
+  EXPECT_EQ(qt::LoadWindowState(Folder(), kPhone), (qt::WindowState{{360, 720}, true}));
+  EXPECT_EQ(qt::LoadWindowState(Folder(), kMonitor), (qt::WindowState{{800, 600}, false}));
+}
+
+TEST_F(SavedSize, IsForgottenForTheScreenThatWasNotUsedForEightOthers) {
+  for (int width = 1001; width <= 1009; ++width) {
+    ASSERT_TRUE(qt::SaveWindowState(Folder(), {width, 800}, {{700, 500}, false}));
+  }
+  EXPECT_EQ(qt::LoadWindowState(Folder(), {1001, 800}), std::nullopt);
+  EXPECT_NE(qt::LoadWindowState(Folder(), {1002, 800}), std::nullopt);
 }
 
 TEST_F(SavedSize, OfTheMainWindowIsThereNextTime) {

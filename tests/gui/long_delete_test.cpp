@@ -14,18 +14,23 @@ namespace {
 
 constexpr std::uint32_t kMany = 500;
 
-// Notes how many rows there were each time the list was drawn.
+// Notes how many rows there were each time the list was drawn, and whether a key was off then.
 class DrawnRows : public QObject {
  public:
-  explicit DrawnRows(ui::ListView& list) : list_(list) {}
+  DrawnRows(ui::ListView& list, const QWidget& key) : list_(list), key_(key) {}
   bool eventFilter(QObject* /*watched*/, QEvent* event) override {
-    if (event->type() == QEvent::Paint) counts.insert(list_.ItemCount());
+    if (event->type() == QEvent::Paint) {
+      counts.insert(list_.ItemCount());
+      keyWasOff = keyWasOff || !key_.isEnabled();
+    }
     return false;
   }
   std::set<int> counts;
+  bool keyWasOff = false;
 
  private:
   ui::ListView& list_;
+  const QWidget& key_;
 };
 
 class LongDelete : public MainWindowTest {
@@ -64,7 +69,7 @@ class LongDelete : public MainWindowTest {
 
 TEST_F(LongDelete, TheWindowIsDrawnWhileTheRowsGo) {
   Open();
-  DrawnRows drawn(List());
+  DrawnRows drawn(List(), *Key(1));
   Rows()->viewport()->installEventFilter(&drawn);
   // As long as a quick card takes.
   sim.onDelete = [](std::uint32_t) { std::this_thread::sleep_for(std::chrono::milliseconds(1)); };
@@ -74,6 +79,7 @@ TEST_F(LongDelete, TheWindowIsDrawnWhileTheRowsGo) {
   drawn.counts.erase(0);
   drawn.counts.erase(static_cast<int>(kMany));
   EXPECT_GE(drawn.counts.size(), 5u);
+  EXPECT_TRUE(drawn.keyWasOff);
   EXPECT_TRUE(ServeUntil([this] { return Key(0)->isEnabled() && Key(1)->isEnabled(); }));
 }
 

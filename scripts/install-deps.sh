@@ -10,12 +10,12 @@ headless="xvfb xauth"
 test="clang clang-format-14 libclang-rt-14-dev llvm-14 libgtest-dev libgmock-dev libbenchmark-dev
   python3 dbus at-spi2-core python3-pyatspi python3-dbusmock fonts-droid-fallback pcscd
   vsmartcard-vpcd opensc pcsc-tools libebook1.2-dev evolution-data-server desktop-file-utils
-  appstream"
+  appstream groff-base"
 
 want="$build"
 case "${1:-run}" in
   run) if [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then want="$want $headless"; fi ;;
-  package) want="$want dpkg-dev" ;;
+  package) want="$want dpkg-dev lintian groff-base xvfb xdotool" ;;
   test) want="$want $headless $test" ;;
   *) echo "usage: install-deps.sh [run|test|package]" >&2; exit 2 ;;
 esac

@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Validates what the package tells a desktop: the desktop entry and the AppStream metainfo.
+"""Validates what the package tells a desktop: the desktop entry, the AppStream metainfo and the
+manual pages.
 
-Exit code 77 when neither tool is installed; a tool that is missing alone is named and left out."""
+Exit code 77 when a tool is not installed; it is named, and what it checks is left out."""
 
 import pathlib
 import shutil
@@ -16,13 +17,15 @@ def checks(folder):
         yield ["desktop-file-validate", "--warn-kde", str(file)]
     for file in sorted(folder.glob("*.metainfo.xml")):
         yield ["appstreamcli", "validate", "--no-net", str(file)]
+    for file in sorted(folder.glob("man/*.1")):
+        yield ["groff", "-man", "-ww", "-z", "-Tutf8", str(file)]
 
 
 def main(folder):
     run = failed = 0
     commands = list(checks(pathlib.Path(folder)))
-    if {command[0] for command in commands} != {"desktop-file-validate", "appstreamcli"}:
-        print(f"{folder}: a desktop entry or a metainfo file is missing")
+    if {command[0] for command in commands} != {"desktop-file-validate", "appstreamcli", "groff"}:
+        print(f"{folder}: a desktop entry, a metainfo file or a manual page is missing")
         return 1
     for command in commands:
         if shutil.which(command[0]) is None:
@@ -30,9 +33,9 @@ def main(folder):
             continue
         run += 1
         result = subprocess.run(command, capture_output=True, text=True, check=False)
-        # The one tells a hint with success, too: nothing it says is let pass.
+        # The others tell a hint with success, too: nothing they say is let pass.
         said = result.stdout + result.stderr
-        if result.returncode != 0 or (command[0] == "desktop-file-validate" and said.strip()):
+        if result.returncode != 0 or (command[0] != "appstreamcli" and said.strip()):
             failed += 1
             print(" ".join(command), said, sep="\n")
     return 1 if failed else 0 if run == len(commands) else SKIPPED

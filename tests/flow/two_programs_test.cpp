@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <mutex>
 #include <string>
 #include <thread>
 
@@ -33,12 +34,13 @@ class TwoPrograms : public testing::Test {
     service.ReadAfresh();
     return sim.Text(index);
   }
-  static std::unique_ptr<device::card::CardChannel> Share(device::card::CardChannel& card) {
-    return std::make_unique<SharedChannel>(card, SharedChannel::Hears::kTheCard);
-  }
 
-  EntryFlow flow{"usim", nullptr, Share};
-  SharedChannel theirs{flow.card.Channel()};
+  std::mutex turns;
+  EntryFlow flow{"usim", nullptr, [this](device::card::CardChannel& card) {
+                   return std::make_unique<SharedChannel>(card, SharedChannel::Hears::kTheCard,
+                                                          &turns);
+                 }};
+  SharedChannel theirs{flow.card.Channel(), SharedChannel::Hears::kNothing, &turns};
   device::card::SimService service{theirs};
   SimClient sim{service};
   RadioClient radio{service};

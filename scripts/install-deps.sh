@@ -9,7 +9,7 @@ build="g++ cmake ninja-build ccache qt6-base-dev qt6-svg-dev libgl-dev nlohmann-
 headless="xvfb xauth"
 test="clang clang-format-14 libclang-rt-14-dev llvm-14 libgtest-dev libgmock-dev libbenchmark-dev
   python3 dbus at-spi2-core python3-pyatspi python3-dbusmock fonts-droid-fallback pcscd
-  vsmartcard-vpcd opensc pcsc-tools libebook1.2-dev evolution-data-server desktop-file-utils
+  vsmartcard-vpcd opensc pcsc-tools gammu libebook1.2-dev evolution-data-server desktop-file-utils
   appstream groff-base"
 
 want="$build"

@@ -75,7 +75,7 @@ ModemLine::~ModemLine() {
 
 void ModemLine::Stop() {
   const std::uint64_t one = 1;
-  static_cast<void>(::write(stop_, &one, sizeof(one)));
+  static_cast<void>(::write(stop_, &one, sizeof(one)) == sizeof(one));
 }
 
 // A program that was killed leaves the port to itself alone for ever, since our end keeps it open.

@@ -9,6 +9,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QScroller>
 #include <algorithm>
 
@@ -376,7 +377,7 @@ bool DialogWindow::OfferKey(const QKeyEvent& event) {
     return true;
   }
   const std::shared_ptr<ui::Dialog> alive = dialog_;
-  if (dialog_->KeyDown(press)) {
+  if (dialog_->KeyDown(press) || (press.modifiers == ui::kNoModifier && ScrollPage(press.key))) {
     return true;
   }
   return press.key == ui::Key::kMenu && dialog_->List(dialog_->Focus()) == nullptr &&
@@ -392,8 +393,48 @@ void DialogWindow::setVisible(bool visible) {
   QAccessible::updateAccessibility(&event);
 }
 
+// A page that nothing on it takes the focus from is read on by the keys.
+bool DialogWindow::ScrollPage(ui::Key key) {
+  QScrollBar& bar = *scroll_->verticalScrollBar();
+  if (dialog_->Focus() != 0 || bar.maximum() == 0) {
+    return false;
+  }
+  const int line = fontMetrics().lineSpacing();
+  switch (key) {
+    case ui::Key::kUp:
+      bar.setValue(bar.value() - line);
+      return true;
+    case ui::Key::kDown:
+      bar.setValue(bar.value() + line);
+      return true;
+    case ui::Key::kPageUp:
+      bar.setValue(bar.value() - bar.pageStep());
+      return true;
+    case ui::Key::kPageDown:
+      bar.setValue(bar.value() + bar.pageStep());
+      return true;
+    case ui::Key::kHome:
+      bar.setValue(0);
+      return true;
+    case ui::Key::kEnd:
+      bar.setValue(bar.maximum());
+      return true;
+    default:
+      return false;
+  }
+}
+
 void DialogWindow::keyPressEvent(QKeyEvent* event) {
-  event->setAccepted(OfferKey(*event));
+  if (OfferKey(*event)) {
+    event->accept();
+    return;
+  }
+  event->ignore();
+  const bool down = event->key() == Qt::Key_Down;
+  // From one soft key to the next.
+  if ((down || event->key() == Qt::Key_Up) && bar_->isAncestorOf(focusWidget())) {
+    event->setAccepted(focusNextPrevChild(down));
+  }
 }
 
 ui::Point DialogWindow::ToDialog(QPoint global) const {

@@ -73,6 +73,7 @@ class DialogWindow : public QDialog, public DialogEvents {
   void GiveUpFocus(const std::vector<ui::ControlState>& states);
   void SyncFocus();
   void SyncAll();  // after a change of colours or text size
+  bool ScrollPage(ui::Key key);
   QPoint PopupPlace(ui::Point point) const;
 
   const std::shared_ptr<ui::Dialog> dialog_;

@@ -159,6 +159,10 @@ void SoftKeyButton::keyPressEvent(QKeyEvent* event) {
     click();
     return;
   }
+  if (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down) {
+    event->ignore();  // the window may have a page to scroll
+    return;
+  }
   QAbstractButton::keyPressEvent(event);
 }
 

@@ -1,8 +1,12 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QFocusEvent>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QTest>
 
 #include "res/ids.h"
+#include "res/menus.h"
 #include "res/templates.h"
 #include "tests/gui/gui_support.h"
 
@@ -34,6 +38,32 @@ TEST_F(ViewDialogsOnScreen, AFigureIsSpokenWithItsLabelAndABarInWords) {
   ASSERT_NE(bar->valueInterface(), nullptr);
   EXPECT_EQ(bar->valueInterface()->currentValue().toInt(), 180);
   EXPECT_EQ(bar->valueInterface()->maximumValue().toInt(), 500);
+}
+
+TEST_F(ViewDialogsOnScreen, APageThatIsTooLongIsReadOnByTheKeys) {
+  SampleHandler figures;
+  figures.init = [](ui::Dialog& dialog) {
+    dialog.CreateMenuBar(*res::FindMenuBar(res::kBarOk));
+    dialog.SetBounds(res::kInformationSmsLabel, {0, 2000, 300, 20});
+  };
+  const auto dialog = Show(*res::FindDialog(res::kDialogSimInformationPage), figures);
+  QScrollBar& bar = *WindowOf(*dialog)->findChild<QScrollArea*>()->verticalScrollBar();
+  ASSERT_GT(bar.maximum(), 500);
+  QWidget* const key = QApplication::focusWidget();
+  ASSERT_NE(key, nullptr);  // OK
+  QTest::keyClick(key, Qt::Key_Down);
+  const int line = bar.value();
+  EXPECT_GT(line, 0);
+  EXPECT_LT(line, 60);
+  QTest::keyClick(key, Qt::Key_PageDown);
+  EXPECT_EQ(bar.value(), line + bar.pageStep());
+  QTest::keyClick(key, Qt::Key_End);
+  EXPECT_EQ(bar.value(), bar.maximum());
+  QTest::keyClick(key, Qt::Key_Up);
+  EXPECT_EQ(bar.value(), bar.maximum() - line);
+  QTest::keyClick(key, Qt::Key_Home);
+  EXPECT_EQ(bar.value(), 0);
+  EXPECT_EQ(QApplication::focusWidget(), key);
 }
 
 TEST_F(ViewDialogsOnScreen, TheFocusIsBackWhereItWasInTheList) {

@@ -56,12 +56,18 @@ TEST(StatusMap, EveryTransportErrorHasAResult) {
   EXPECT_EQ(ToSimResult(TransportError::kCommunication), SimResult::kSimFailure);
   EXPECT_EQ(ToSimResult(TransportError::kBusy), SimResult::kSimBusy);
   EXPECT_EQ(ToSimResult(TransportError::kStorage), SimResult::kMemoryFailure);
+  EXPECT_EQ(ToSimResult(TransportError::kRadioOff), SimResult::kRadioOff);
+  EXPECT_EQ(ToSimResult(TransportError::kPin2Needed), SimResult::kPin2Required);
+  EXPECT_EQ(ToSimResult(TransportError::kPuk2Needed), SimResult::kPuk2Required);
 }
 
 TEST(StatusMap, OnlyAnErrorAfterSendingLeavesDoubt) {
   EXPECT_FALSE(LeavesDoubt(TransportError::kNone));
   EXPECT_FALSE(LeavesDoubt(TransportError::kBusy));
   EXPECT_FALSE(LeavesDoubt(TransportError::kStorage));
+  EXPECT_FALSE(LeavesDoubt(TransportError::kRadioOff));
+  EXPECT_FALSE(LeavesDoubt(TransportError::kPin2Needed));
+  EXPECT_FALSE(LeavesDoubt(TransportError::kPuk2Needed));
   EXPECT_TRUE(LeavesDoubt(TransportError::kTimeout));
   EXPECT_TRUE(LeavesDoubt(TransportError::kCommunication));
   EXPECT_TRUE(LeavesDoubt(TransportError::kRemoved));

@@ -5,8 +5,10 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <QApplication>
 #include <QFile>
 #include <QString>
+#include <QTimer>
 #include <QtGlobal>
 #include <atomic>
 #include <charconv>
@@ -58,6 +60,7 @@
 #endif
 #include "device/qt/button_words.h"
 #include "device/qt/end_signals.h"
+#include "device/qt/message_window.h"
 #include "device/qt/qt_screen.h"
 #include "device/qt/qt_shell.h"
 #include "device/registry/text_registry.h"
@@ -82,6 +85,8 @@ constexpr std::uint32_t kStartPatience = 5000;  // milliseconds
 // How long the end waits for a card that is read, and for one that is written to.
 constexpr std::chrono::milliseconds kReadPatience(500);
 constexpr std::chrono::milliseconds kUpdatePatience(5000);
+// What is told of contacts lets a message of the program's own go first.
+constexpr std::chrono::milliseconds kTroublePause(300);
 
 struct Options {
   std::string sim;
@@ -593,6 +598,19 @@ void LeaveCard(card::SimService& card, platform::Log& log, int code) {
   std::_Exit(code);
 }
 
+// Tells what went wrong with the contacts. That comes together with the summary of what was done,
+// and the keys go astray between two boxes that open at once.
+void TellAfterOthers(qt::QtScreen& screen, const std::string& trouble) {
+  QTimer::singleShot(kTroublePause, qApp, [&screen, trouble] {
+    if (qobject_cast<qt::MessageWindow*>(QApplication::activeModalWidget()) != nullptr) {
+      TellAfterOthers(screen, trouble);
+      return;
+    }
+    screen.MessageBox(0, QString::fromStdString(trouble).toStdU16String(), u"Kelpin",
+                      ui::kBoxNotice);
+  });
+}
+
 int Start(const Options& options, char* programName, SteadyTime start) {
   // The options are ours alone: some of them mean something else to the toolkit.
   int argc = 1;
@@ -642,6 +660,9 @@ int Start(const Options& options, char* programName, SteadyTime start) {
                         ui::kBoxNotice);
     });
   };
+  const auto contactsTrouble = [&screen](const std::string& trouble) {
+    screen.PostToScreen([&screen, trouble] { TellAfterOthers(screen, trouble); });
+  };
   // Which program is set for what is the desktop's matter. What was to be opened stays unsaid.
   const auto notOpened = [&log](const std::string& address, int code) {
     const std::string note = "[KELPIN]:nothing was opened for a " +
@@ -655,7 +676,7 @@ int Start(const Options& options, char* programName, SteadyTime start) {
     return fail("--calls " + options.calls + ": " + why);
   }
   Device device;
-  if (!OpenDevice(options, folders, tell, device, why)) {
+  if (!OpenDevice(options, folders, contactsTrouble, device, why)) {
     return fail(why);
   }
   card::SimService card(*device.channel);

@@ -9,7 +9,7 @@ std::string FileTrouble(const std::string& path, const std::string& what,
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
       return path + ": " + what +
-             ": another program keeps it locked. End that program and try again";
+             ": another program keeps the file locked. End that program and try again";
     case SQLITE_FULL:
       return path + ": " + what + ": the disk is full. Make room and try again";
     case SQLITE_READONLY:

@@ -220,9 +220,10 @@ TEST_F(SqliteFile, AFileThatAnotherProgramKeepsLockedIsRefusedWithWhatToDo) {
                             "PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE; DELETE FROM contact");
     EXPECT_EQ(SqliteStore::Open(Path(), why), nullptr);
   }
-  EXPECT_EQ(why, Path() +
-                     ": the contacts file cannot be opened: another program keeps it locked. End "
-                     "that program and try again");
+  EXPECT_EQ(why,
+            Path() +
+                ": the contacts file cannot be opened: another program keeps the file locked. End "
+                "that program and try again");
   EXPECT_EQ(test::ContactsIn(Path()).size(), 1u);
 }
 
@@ -243,9 +244,9 @@ TEST_F(SqliteFile, WhyASaveFailedIsToldOnceWhenTheSessionEnds) {
   EXPECT_EQ(book->Add(test::Named("Cid"), number), ComResult::kOk);
   EXPECT_THAT(told, IsEmpty());
   book = nullptr;
-  EXPECT_THAT(told,
-              ElementsAre(Path() + ": the contacts cannot be changed: another program keeps it "
-                                   "locked. End that program and try again"));
+  EXPECT_THAT(
+      told, ElementsAre(Path() + ": the contacts cannot be changed: another program keeps the file "
+                                 "locked. End that program and try again"));
   book = store->OpenBook();
   EXPECT_EQ(book->Add(test::Named("Dan"), number), ComResult::kOk);
   book = nullptr;

@@ -1,7 +1,7 @@
 # make run    installs what is missing, builds, opens Kelpin on a sample card
 # make test   installs what tests need, builds, runs every test
 # make bench  prints the figures
-# make package builds build/kelpin_VERSION_ARCHITECTURE.deb
+# make package builds build/kelpin_VERSION_ARCHITECTURE.deb and checks it
 # make screenshots draws every dialog into docs/screens
 # make format rewrites the sources as .clang-format says
 
@@ -31,6 +31,7 @@ bench:
 package:
 	scripts/install-deps.sh package
 	scripts/package.sh
+	scripts/check_package.sh
 
 screenshots:
 	scripts/install-deps.sh run

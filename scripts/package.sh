@@ -9,6 +9,7 @@ version=$(dpkg-parsechangelog -l packaging/debian/changelog -S Version)
 architecture=$(dpkg --print-architecture)
 export DEB_BUILD_OPTIONS=parallel=${JOBS:-$(nproc)}
 # Debian's own flags: hardening, and no path of this machine in the programs.
+export DEB_BUILD_MAINT_OPTIONS=hardening=+bindnow
 flags=$(dpkg-buildflags --get CXXFLAGS)
 preprocessor=$(dpkg-buildflags --get CPPFLAGS)
 linker=$(dpkg-buildflags --get LDFLAGS)
@@ -21,6 +22,7 @@ cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=None -DCMAKE_INSTALL_PREFIX=/
 cmake --build "$build" --parallel "${JOBS:-$(nproc)}" --target kelpin kelpin-softcard kelpin-event icons
 rm -rf "$stage"
 DESTDIR=$stage cmake --install "$build" --strip > /dev/null
+strip --remove-section=.comment --remove-section=.note "$stage"/usr/bin/*
 
 find "$stage/usr/share/man" -name '*.1' -exec gzip -9n {} +
 documents=$stage/usr/share/doc/kelpin

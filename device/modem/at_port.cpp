@@ -69,7 +69,7 @@ std::string InUse(const std::string& path) {
   return path + " is in use by " + (holder.empty() ? "another program" : holder) +
          ". End that program. ModemManager, which takes every modem, lets go with \"sudo systemctl "
          "stop ModemManager\"; afterwards start it again, or keep it off this one port "
-         "(docs/modem.md says how).";
+         "(modem.md among Kelpin's documents says how).";
 }
 
 std::string Explain(const std::string& path, int error) {

@@ -8,7 +8,7 @@
 #include "tests/contacts/copy_out_fixture.h"
 #include "tests/fault/faulty_channel.h"
 #include "tests/fault/killing_channel.h"
-#include "tests/flow/contacts_out_card.h"
+#include "tests/fault/move_kill.h"
 
 // Moving entries to Contacts with one call failing, or with the program killed at it: the first,
 // the second, … until a run makes fewer calls than that. No entry is lost, and what is told is
@@ -24,27 +24,6 @@ using device::card::SoftCard;
 using device::contacts::SqliteStore;
 
 constexpr std::uint32_t kCallLimit = 2000;  // more calls than any run makes
-
-const std::vector<WholeEntry> kEntries = {
-    {u"Ann", u"+491", u"222", u"333", u"ann@example.org"},
-    {u"Bob", u"44", u"+4930231251231234567890123", u"", u"bob@example.org"},
-};
-
-// Every entry is whole in one of the two places.
-void ExpectNothingLost(const std::map<std::u16string, WholeEntry>& onTheCard,
-                       const std::map<std::u16string, WholeEntry>& inContacts) {
-  for (const WholeEntry& entry : kEntries) {
-    const auto card = onTheCard.find(entry.name);
-    const auto contact = inContacts.find(entry.name);
-    const bool wholeOnCard = card != onTheCard.end() && card->second == entry;
-    const bool wholeInContacts = contact != inContacts.end() && contact->second == entry;
-    EXPECT_TRUE(wholeOnCard || wholeInContacts)
-        << test::Utf8(entry.name)
-        << (card == onTheCard.end() ? "" : " on the card " + testing::PrintToString(card->second))
-        << (contact == inContacts.end() ? ""
-                                        : " contact " + testing::PrintToString(contact->second));
-  }
-}
 
 // One run on fakes: Anna is a duplicate that the user has overwritten.
 class Round : public CopyOutTest {
@@ -134,7 +113,7 @@ TEST(ContactsOutFaultTest, WhateverFailsNoEntryIsLostAndTheSummaryIsTrue) {
 class ContactsOutCardFaultTest : public testing::TestWithParam<Fault> {};
 
 TEST_P(ContactsOutCardFaultTest, WhatHasLeftTheCardIsWholeInContacts) {
-  const std::string image = ImageWith(kEntries);
+  const std::string image = ImageWith(kMovedEntries);
   bool fired = true;
   for (std::uint32_t command = 1; fired; ++command) {
     ASSERT_LT(command, kCallLimit);
@@ -195,7 +174,7 @@ bool MoveAndKill(const std::string& cardFile, const std::string& storeFile, std:
 }
 
 TEST(ContactsOutFaultTest, AProgramThatIsKilledHasLostNothing) {
-  const std::string image = ImageWith(kEntries);
+  const std::string image = ImageWith(kMovedEntries);
   for (const bool after : {false, true}) {
     SCOPED_TRACE(after ? "after the command" : "before the command");
     bool killed = true;

@@ -20,7 +20,24 @@
 #define EXCLUDES(...) KELPIN_TSA(locks_excluded(__VA_ARGS__))
 #define NO_THREAD_SAFETY_ANALYSIS KELPIN_TSA(no_thread_safety_analysis)
 
+// A std::mutex ends without a word. The thread sanitizer has to be told, or it takes the next one
+// at the same address for the same, and finds orders of locks that nobody has.
+#if defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define KELPIN_TELLS_MUTEX_END
+extern "C" void __tsan_mutex_destroy(void* address, unsigned flags);
+#endif
+#endif
+
 namespace kelpin {
+
+#if defined(KELPIN_TELLS_MUTEX_END)
+struct EndingMutex : std::mutex {
+  ~EndingMutex() { __tsan_mutex_destroy(native_handle(), 0); }
+};
+#else
+using EndingMutex = std::mutex;
+#endif
 
 class CAPABILITY("mutex") Mutex {
  public:
@@ -28,7 +45,7 @@ class CAPABILITY("mutex") Mutex {
   void unlock() RELEASE() { mutex_.unlock(); }
 
  private:
-  std::mutex mutex_;
+  EndingMutex mutex_;
 };
 
 class SCOPED_CAPABILITY MutexLock {

@@ -23,12 +23,14 @@ WriteOutcome Failed(SimResult result, bool othersWrote = false) {
   return outcome;
 }
 
-// A number as lists and dialogs show it: the place of its '+' differs, that it has one does not.
+// A number as lists and dialogs show it: the place of its '+' differs. Where it has none among the
+// digits, what is read has no '+' and the list puts one in front.
 bool SameNumber(std::u16string_view address, const DialNumber& number) {
   std::u16string digits(address);
   const bool international = std::erase(digits, u'+') > 0;
-  return digits == number.digits &&
-         international == (IsInternational(number.tonNpi) && !number.digits.empty());
+  if (digits != number.digits) return false;
+  return digits.empty() || international == IsInternational(number.tonNpi) ||
+         address == AddressText(number.digits, number.tonNpi);
 }
 
 }  // namespace

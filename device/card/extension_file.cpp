@@ -28,6 +28,7 @@ CardResult ExtensionFile::Follow(std::uint8_t first, std::u16string& digits, Rec
     if (digits.size() < kMostDigits) AppendExtensionDigits(data, digits);
     record = NextExtension(data);
   }
+  if (digits.size() > kMostDigits) digits.resize(kMostDigits);
   records = chain;
   return StatusWord::kOk;
 }

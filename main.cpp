@@ -2,6 +2,7 @@
 // adapters.
 
 #include <fcntl.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -735,6 +736,15 @@ bool HoldStandardStreams() {
   return true;
 }
 
+// A file that may not grow further is told as a full disk is; unasked, the system ends the program
+// instead. Not ignored: what the program starts would inherit that.
+void OutliveFileSizeLimit() {
+  struct sigaction action = {};
+  action.sa_handler = [](int) {};
+  action.sa_flags = SA_RESTART;
+  sigaction(SIGXFSZ, &action, nullptr);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -742,6 +752,7 @@ int main(int argc, char** argv) {
   if (!HoldStandardStreams()) {
     return kExitFailure;
   }
+  OutliveFileSizeLimit();
   Options options;
   CLI::App cli{"Kelpin, the phone-book manager for SIM and USIM cards", "kelpin"};
   cli.add_option("--sim", options.sim, SimHelp())->check(CheckSim)->type_name("CARD");

@@ -56,8 +56,9 @@ class Home:
         for name in ("DISPLAY", "WAYLAND_DISPLAY"):
             self.environment.pop(name, None)
 
-    def start(self, program, *arguments, pin=None):
-        command = [program, "--sim", f"soft:{self.card}", *arguments]
+    def start(self, program, *arguments, pin=None, through=()):
+        """`through` is a command that runs the one behind it."""
+        command = [*through, program, "--sim", f"soft:{self.card}", *arguments]
         read = None
         if pin is not None:
             read, write = os.pipe()
@@ -177,11 +178,22 @@ def silent_card_does_not_hold_the_end(program, sample):
                   f"ends with 0: {process.returncode} {error}")
 
 
+def a_limit_on_file_sizes_is_told(program, sample):
+    """As a full disk is; the system would rather end a program that writes more."""
+    with tempfile.TemporaryDirectory() as folder:
+        home = Home(folder, sample, lambda image: None)
+        process = home.start(program, "--screenshot", os.path.join(folder, "list.png"),
+                             through=["sh", "-c", 'ulimit -f 16; exec "$0" "$@"'])
+        _, error = finish(process)
+        check(process.returncode == 1, f"a limit does not kill: {process.returncode}")
+        check("contacts.db: " in error, f"the file that cannot be written is named: {error}")
+
+
 def main():
     program, sample = sys.argv[1:]
     for test in (given_pin_opens_the_card, wrong_given_pin_is_sent_once, last_try_is_kept,
                  what_is_no_pin_is_told, memory_is_private_once_a_pin_is_given,
-                 silent_card_does_not_hold_the_end):
+                 silent_card_does_not_hold_the_end, a_limit_on_file_sizes_is_told):
         print(test.__name__)
         test(program, sample)
     sys.exit(1 if FAILURES else 0)

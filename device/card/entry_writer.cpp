@@ -56,7 +56,10 @@ SimResult EntryWriter::ReadBefore(std::uint32_t location, Before& before) {
         ExtensionFile(*ext1).Follow(before.View().Extension(), before.number.digits, before.chain);
     if (!followed.Ok()) return ToSimResult(followed);
   }
-  return IsExpected(before) ? SimResult::kOk : SimResult::kEntryChanged;
+  if (IsExpected(before)) return SimResult::kOk;
+  // What the caller knows is from before somebody else's change, whoever has read that here.
+  before.othersWrote = true;
+  return SimResult::kEntryChanged;
 }
 
 bool EntryWriter::IsExpected(const Before& before) const {

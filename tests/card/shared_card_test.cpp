@@ -88,6 +88,18 @@ TEST_F(SharedCard, AnEntryThatWasChangedIsNotWrittenOver) {
   EXPECT_EQ(mine.sim.Text(1), u"Mine|1");
 }
 
+// The change was read here before, for something else; what is listed is still from before it.
+TEST_F(SharedCard, AChangeThatWasReadAlreadyIsToldOfWhereItIsMet) {
+  const auto known = Known(1);
+  ASSERT_EQ(other.sim.Write(1, u"Other", u"5"), SimResult::kOk);
+  mine.service.ReadAfresh();
+  ASSERT_EQ(mine.sim.Text(1), u"Other|5");
+  EXPECT_EQ(mine.sim.WriteKnown(1, u"Mine", u"1", known), SimResult::kEntryChanged);
+  const auto notices = mine.radio.Notices(2);
+  ASSERT_EQ(notices.size(), 2U);
+  EXPECT_EQ(notices[0].code, platform::kRilNotifyPhonebookRewritten);
+}
+
 TEST_F(SharedCard, AnEntryThatWasDeletedIsNotWrittenAgain) {
   const auto known = Known(1);
   ASSERT_EQ(other.sim.Delete(1), SimResult::kOk);

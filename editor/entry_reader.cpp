@@ -80,7 +80,9 @@ bool EntryReader::ReadField(const ExtendedField& field, std::uint32_t location,
   }
   FieldContent read;
   const FieldResult result = ReadExtendedField(field, location, read);
-  if (result != FieldResult::kRead) {
+  // A text in a form that is not read shows as none, and stays unless another is typed.
+  read.unread = result == FieldResult::kUnsupported;
+  if (result != FieldResult::kRead && !read.unread) {
     content.available = file.usedCount < file.recordCount;
     content.unread = result == FieldResult::kFailed;
     return true;

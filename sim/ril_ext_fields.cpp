@@ -1,5 +1,6 @@
 // One extended field of one entry: read, written, cleared.
 #include <algorithm>
+#include <utility>
 
 #include "sim/ext_records.h"
 #include "sim/ril_ext_phonebook.h"
@@ -118,9 +119,12 @@ FieldResult RilExtPhonebook::ReadTextField(FieldSlot slot, std::uint32_t locatio
   Record bytes;
   if (!ReadFieldRecord(target, record, bytes)) return FieldResult::kFailed;
   const std::size_t link = target.Type2() ? kEntryLinkSize : 0;
-  // A form that is not supported reads as no text.
-  DecodeAlpha(bytes, text, bytes.size() - std::min(link, bytes.size()), enableAscii);
+  const std::size_t length = bytes.size() - std::min(link, bytes.size());
+  std::u16string read;
+  const bool supported = DecodeAlpha(bytes, read, length, enableAscii) != 0;
   if (target.Type2()) existing = record;
+  if (!supported) return FieldResult::kUnsupported;
+  text = std::move(read);
   return FieldResult::kRead;
 }
 

@@ -21,9 +21,10 @@ struct FieldSwitches {
 };
 
 enum class [[nodiscard]] FieldResult{
-    kRead,    // the field is there, perhaps without text
-    kAbsent,  // the entry has no such record, or the card no such file
-    kFailed,  // the card did not answer
+    kRead,         // the field is there, perhaps without text
+    kAbsent,       // the entry has no such record, or the card no such file
+    kFailed,       // the card did not answer
+    kUnsupported,  // the field is there, its text in a form that is not read
 };
 
 // What a write returns: 0, or the program's code for the field that was not written.

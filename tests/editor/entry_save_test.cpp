@@ -123,6 +123,30 @@ TEST_F(SaveEntryTest, WhatCouldNotBeReadIsNotClearedUnseen) {
   EXPECT_EQ(Record(6, 2), Padded({3, 3, 0x81, 0x21, 0xF3}, 15));
 }
 
+TEST_F(SaveEntryTest, ATextInAFormThatIsNotReadStaysUntilAnotherIsTyped) {
+  PutEntry();
+  // "Zo" and an e with two dots: the base is 0x80, the last character 0x6B above it.
+  const std::vector<std::uint8_t> nickname = {0x81, 3, 1, 0x5A, 0x6F, 0xEB};
+  SetRecord(40, 1, nickname);
+  Open();
+  InEdit(2, [this](ui::Dialog& dialog) {
+    EXPECT_EQ(dialog.Text(res::kEditNickname), u"");
+    EXPECT_TRUE(dialog.Enabled(res::kEditNickname));
+    Type(dialog, res::kEditNumber2, u"9");
+    Done(dialog);
+    EXPECT_TRUE(dialog.Ended());
+  });
+  EXPECT_EQ(Record(6, 2), Padded({3, 2, 0x81, 0xF9}, 15));
+  EXPECT_EQ(Record(40, 1), Padded(nickname, Record(40, 1).size()));
+  EXPECT_EQ(Record(1, 2), Padded({1, 1, 1}, Record(1, 2).size()));
+  InEdit(2, [this](ui::Dialog& dialog) {
+    Type(dialog, res::kEditNickname, u"Zo");
+    Done(dialog);
+  });
+  EXPECT_EQ(Record(40, 1), Padded(Letters("Zo"), Record(40, 1).size()));
+  EXPECT_EQ(Record(1, 2), Padded({1, 1, 1}, Record(1, 2).size()));
+}
+
 TEST_F(SaveEntryTest, WhatIsTypedInItsPlaceIsWritten) {
   PutEntry();
   Open();

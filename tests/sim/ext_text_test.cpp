@@ -70,10 +70,13 @@ TEST_F(ExtTextField, TextOutsideTheAlphabetIsUcs2) {
   EXPECT_EQ(ReadText(kNick, 1), u"\u0416\u0416\u0416\u0416");
 }
 
-TEST_F(ExtTextField, AnUnsupportedFormReadsAsNoText) {
-  SetRecord(1, 1, Bytes("FF FF 01"));
-  SetRecord(40, 1, Bytes("81 03 08 41"));
-  EXPECT_EQ(ReadText(kNick, 1), u"");
+TEST_F(ExtTextField, AnUnsupportedFormIsToldAndItsRecordWithIt) {
+  SetRecord(1, 1, Bytes("FF FF 02"));
+  SetRecord(40, 2, Bytes("81 03 08 41"));
+  std::u16string text = u"kept";
+  EXPECT_EQ(book_.ReadTextField(kNick, 1, false, existing_, text), FieldResult::kUnsupported);
+  EXPECT_EQ(text, u"kept");
+  EXPECT_EQ(existing_, 2u);
 }
 
 TEST_F(ExtTextField, AsciiIsTheCallersChoice) {

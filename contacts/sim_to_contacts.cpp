@@ -109,7 +109,8 @@ void SimToContacts::ReadEmail(EntryCopy& entry) {
   if (result == FieldResult::kRead) {
     entry.email = text;
   }
-  entry.wholeRead = entry.wholeRead && result != FieldResult::kFailed;
+  entry.wholeRead =
+      entry.wholeRead && result != FieldResult::kFailed && result != FieldResult::kUnsupported;
 }
 
 void SimToContacts::Save(ui::WindowHandle owner, EntryCopy& entry) {

@@ -133,6 +133,28 @@ TEST_F(ContactsOutTest, WhatAContactHasNoPlaceForIsNotCarried) {
   }
 }
 
+TEST_F(ContactsOutTest, AnEntryWithATextInAFormThatIsNotReadIsCopiedAndStays) {
+  nlohmann::json image = nlohmann::json::parse(ImageWith({kAnn}));
+  const std::vector<std::string> emails = {"7F10", "5F3A", "4F50"};
+  std::string record = device::card::ImageRecord(image, emails, 1);
+  record.replace(0, 12, "810301610062");
+  device::card::SetImageRecord(image, emails, 1, record);
+  SoftCard card = SoftCard::FromText(image.dump());
+  {
+    CardProgram program(card.Channel(), *store);
+    program.Open();
+    CopyOut(program, kMoveOutCommand);
+    EXPECT_THAT(BoxTexts(program),
+                ElementsAre(Summary(u"1", u"0", u"0") +
+                            u"\n\n1 of them are still on the SIM card as well, because not all "
+                            u"they hold could be read or is in Contacts."));
+  }
+  EXPECT_EQ(ContactsIn(*store).size(), 1u);
+  EXPECT_EQ(EntriesOn(card.Channel()).size(), 1u);
+  nlohmann::json left = card.Image();
+  EXPECT_EQ(device::card::ImageRecord(left, emails, 1), record);
+}
+
 TEST_F(ContactsOutTest, ASecondCopyFindsEveryEntryAndOverwritesItAfterAYes) {
   SoftCard card = SoftCard::FromText(ImageWith({kAnn, kZoe, kBob}));
   CardProgram program(card.Channel(), *store);

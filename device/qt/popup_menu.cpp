@@ -9,6 +9,21 @@
 #include "device/qt/theme.h"
 
 namespace kelpin::qt {
+namespace {
+
+// Shown and read out; a menu in no menu bar never acts on them, the dialog's accelerators do. Keys
+// in a language whose words Qt does not know stand behind the item's own text.
+void SetKeys(QAction& action, const QString& keys) {
+  const auto shortcut = QKeySequence::fromString(keys, QKeySequence::PortableText);
+  if (shortcut.toString(QKeySequence::PortableText) != keys) {
+    action.setText(action.text() + QLatin1Char('\t') + keys);
+    return;
+  }
+  action.setShortcut(shortcut);
+  action.setShortcutContext(Qt::WidgetShortcut);
+}
+
+}  // namespace
 
 PopupMenu::PopupMenu(std::function<void(int)> choose, QWidget* parent)
     : QMenu(parent), choose_(std::move(choose)) {
@@ -42,9 +57,7 @@ void PopupMenu::Fill() {
       continue;
     }
     QAction* action = addAction(icon, text);
-    // Shown and read out; a menu in no menu bar never acts on it, the dialog's accelerators do.
-    action->setShortcut(QKeySequence::fromString(ToQt(item.keys), QKeySequence::PortableText));
-    action->setShortcutContext(Qt::WidgetShortcut);
+    SetKeys(*action, ToQt(item.keys));
     action->setObjectName(QStringLiteral("command%1").arg(item.command));
     action->setEnabled(item.enabled);
     connect(

@@ -71,6 +71,23 @@ TEST_F(SoftKeys, MenuItemsAreFitForAFingerAndShowTheirShortcuts) {
   EXPECT_EQ(item->text(QAccessible::Accelerator), QStringLiteral("F2"));
 }
 
+TEST_F(SoftKeys, ShortcutsInWordsOfAnotherLanguageAreShownAsTheyStand) {
+  qt::PopupMenu menu([](int) {}, nullptr);
+  ui::MenuItem item;
+  item.command = kEdit;
+  item.text = u"L\u00F6schen";
+  menu.SetItems({item});
+  const int width = menu.sizeHint().width();
+  for (const char16_t* const keys : {u"Entf", u"Strg+D"}) {
+    item.keys = keys;
+    menu.SetItems({item});
+    ASSERT_EQ(menu.actions().size(), 1);
+    EXPECT_EQ(menu.actions().front()->text(),
+              QStringLiteral("L\u00F6schen\t") + QString::fromUtf16(keys));
+    EXPECT_GT(menu.sizeHint().width(), width);
+  }
+}
+
 TEST_F(SoftKeys, GreyedAndRemovedItemsFollowTheDialog) {
   Open();
   ui::Menu* menu = dialog_->Bar()->SubMenu(kMenu);

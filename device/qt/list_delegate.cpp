@@ -4,6 +4,7 @@
 #include <QFontMetrics>
 #include <QHelpEvent>
 #include <QPainter>
+#include <QTextDocument>
 #include <QToolTip>
 
 #include "device/qt/fitting_font.h"
@@ -97,7 +98,8 @@ bool ListDelegate::Fits(const QString& text, int column, int width) const {
   return QFontMetrics(FontOf(column)).horizontalAdvance(text) <= width;
 }
 
-// What is not shown at its full size can be read by pointing at it.
+// What is not shown at its full size can be read by pointing at it. It is text of the card's, not
+// markup, whatever it looks like.
 bool ListDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,
                              const QStyleOptionViewItem& option, const QModelIndex& index) {
   if (event->type() != QEvent::ToolTip || !index.isValid()) {
@@ -106,8 +108,8 @@ bool ListDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,
   const QString text = index.data().toString();
   const int column = index.column();
   const QRect place = view->visualRect(index) & view->viewport()->rect();
-  QToolTip::showText(event->globalPos(),
-                     Fits(text, column, WordsOf(place, column).width()) ? QString() : text, view,
+  const bool fits = Fits(text, column, WordsOf(place, column).width());
+  QToolTip::showText(event->globalPos(), fits ? QString() : Qt::convertFromPlainText(text), view,
                      place);
   return true;
 }

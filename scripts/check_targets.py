@@ -10,7 +10,7 @@ def main():
     commands = json.loads((build / "compile_commands.json").read_text(encoding="utf-8"))
     compiled = {pathlib.Path(entry["file"]).resolve() for entry in commands}
     root = pathlib.Path(__file__).resolve().parent.parent
-    folders = ["ui", "res", "sim", "app", "editor", "views", "contacts", "device", "tools",
+    folders = ["ui", "res", "sim", "app", "editor", "views", "contacts", "device", "start", "tools",
                "tests", "bench"]
     sources = [p for folder in folders for p in (root / folder).rglob("*.cpp")]
     sources += list(root.glob("*.cpp"))

@@ -30,4 +30,8 @@ bool CardIsExchanged(const AppState& state) {
   return state.ports.cardUse != nullptr && state.ports.cardUse->IsExchanged();
 }
 
+bool CardIsGivenUp(const AppState& state) {
+  return state.ports.cardUse != nullptr && state.ports.cardUse->IsGivenUp();
+}
+
 }  // namespace kelpin::app

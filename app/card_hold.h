@@ -25,5 +25,7 @@ std::uint32_t CardGeneration(const AppState& state);
 // Another card is in than the one that the open dialog is for, or that was listed: it takes no
 // change. Any thread.
 bool CardIsExchanged(const AppState& state);
+// The program was told to end and reads the card no more. Any thread.
+bool CardIsGivenUp(const AppState& state);
 
 }  // namespace kelpin::app

@@ -63,6 +63,11 @@ SimToContacts::Step SimToContacts::CopyNext(ui::WindowHandle owner, EntryCopy& e
     return Step::kUnreadable;
   }
   ReadFields(entry);
+  // Nothing that was read in part goes to Contacts because the program ends.
+  if (app::CardIsGivenUp(state_)) {
+    --counters_.processed;
+    return Step::kUnreadable;
+  }
   // Those were perhaps another card's; the name and the number are of the one that was listed.
   if (app::CardIsExchanged(state_)) {
     --counters_.processed;

@@ -38,7 +38,7 @@ class SimToContacts {
   enum class Step {
     kCopied,  // or left alone: the entry was taken in hand
     kNoneLeft,
-    kUnreadable,  // the row holds no entry; the run is to end
+    kUnreadable,  // the row holds no entry, or the program ends; the run is to end
     kExchanged,   // another card is in than the one that was listed; the run is to end
   };
 

@@ -18,6 +18,8 @@ class CardUse {
   // Every change is refused: another card is in. Outside of Hold and LetGo until that one was read
   // from its first entry.
   [[nodiscard]] virtual bool IsExchanged() const = 0;
+  // The program was told to end: nothing is asked of the card any more, and every call fails.
+  [[nodiscard]] virtual bool IsGivenUp() const = 0;
 };
 
 }  // namespace kelpin::platform

@@ -396,6 +396,7 @@ void SimService::ExpectCode() {
 }
 
 void SimService::Abandon() {
+  givenUp_ = true;
   files_.Stop();
   queue_.Abandon();
 }

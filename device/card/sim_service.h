@@ -93,6 +93,7 @@ class SimService final : public platform::SimInterface,
   void Hold() override { session_.Hold(); }
   void LetGo() override { session_.LetGo(); }
   bool IsExchanged() const override { return session_.Swapped(); }
+  bool IsGivenUp() const override { return givenUp_; }
   std::uint32_t Generation() const override { return generation_; }
 
   // The program ends: calls that wait for the card, and later ones, answer kNotReady at once;
@@ -167,6 +168,7 @@ class SimService final : public platform::SimInterface,
   std::atomic<bool> lost_ = false;
   std::atomic<bool> touched_ = false;
   std::atomic<bool> afresh_ = false;  // the program wants nothing from memory
+  std::atomic<bool> givenUp_ = false;
   std::atomic<std::uint32_t> generation_ = 0;
   bool changedByOthers_ = false;  // the card's thread alone
   bool shared_ = false;           // the same: other programs reach the card too

@@ -12,12 +12,14 @@ namespace {
 using device::card::SoftCard;
 using platform::ContactProperty;
 using testing::ElementsAre;
+using testing::IsEmpty;
 
 constexpr int kCopyIn = 318;
 constexpr int kMoveIn = 1108;
 constexpr int kPicker = 205;
 constexpr int kPrompt = 356;
 constexpr int kPromptYes = 360;
+constexpr int kPromptNo = 361;
 constexpr char16_t kWrong[] = u"Inorrect SIM was inserted.";
 constexpr char16_t kStopped[] =
     u"1 of 3 entries are done. The card was changed meanwhile, so the others were not copied and "
@@ -113,6 +115,24 @@ TEST_P(CopyOutExchange, ContactsGetNothingOfTheOtherCard) {
   std::string error;
   ASSERT_TRUE(card.Channel().Insert(card.File(), error)) << error;
   EXPECT_TRUE(card.Image()["mf"] == before);
+}
+
+// What follows could only be read in part, and would stay on the card as well.
+TEST_P(CopyOutExchange, NothingMoreIsCopiedWhenTheProgramIsToEnd) {
+  Add(u"Bob", u"0");
+  SoftCard card = SoftCard::FromText(ImageWith({kAnn, kBob, kCem}));
+  CardProgram program(card.Channel(), store);
+  program.Open();
+  program.screen.ScriptDialog(kPrompt, [&](ui::Dialog& prompt) {
+    program.service.Abandon();
+    prompt.Command(kPromptNo);
+  });
+  CopyOut(program, GetParam());
+  const std::map<std::u16string, WholeEntry> copied = ContactsIn(store);
+  EXPECT_EQ(copied.size(), 2u);
+  EXPECT_EQ(copied.at(kAnn.name), kAnn);
+  EXPECT_EQ(copied.at(kBob.name).number, u"0");
+  EXPECT_THAT(BoxTexts(program), IsEmpty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Commands, CopyOutExchange, testing::Values(kSaveCommand, kMoveOutCommand));

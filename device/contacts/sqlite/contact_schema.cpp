@@ -129,10 +129,17 @@ bool CheckHeader(const std::string& path, std::string& why) {
   return true;
 }
 
+bool RefuseFor(const std::string& path, const char* what, const Database& database,
+               std::string& why) {
+  why = FileTrouble(path, what, database);
+  return false;
+}
+
 // In a journal that is undone as a whole, so that a file is ours or empty and nothing between.
-bool MakeTables(Database& database) {
+bool MakeTables(const std::string& path, Database& database, std::string& why) {
+  constexpr const char* kCannotMake = "the contacts file cannot be made";
   if (database.Run("BEGIN IMMEDIATE") != SQLITE_OK) {
-    return false;
+    return RefuseFor(path, kCannotMake, database, why);
   }
   bool made = true;
   // Another program may have been faster.
@@ -145,6 +152,8 @@ bool MakeTables(Database& database) {
   if (made && database.Run("COMMIT") == SQLITE_OK) {
     return true;
   }
+  // Taken before the undoing, which has a result of its own.
+  static_cast<void>(RefuseFor(path, kCannotMake, database, why));
   static_cast<void>(database.Run("ROLLBACK"));
   return false;
 }
@@ -168,12 +177,6 @@ std::string SchemaOf(Database& database, const char* name) {
   }
   statement.Bind(1, std::string_view(name));
   return statement.Step() == SQLITE_ROW ? statement.Text(0) : std::string();
-}
-
-bool RefuseFor(const std::string& path, const char* what, const Database& database,
-               std::string& why) {
-  why = FileTrouble(path, what, database);
-  return false;
 }
 
 bool CheckTables(const std::string& path, Database& database, std::string& why) {
@@ -234,8 +237,9 @@ bool PrepareContactsFile(const std::string& path, std::string& why) {
   if (result != SQLITE_OK) {
     return RefuseFor(path, kCannotOpen, database, why);
   }
-  if (database.Number("SELECT count(*) FROM sqlite_schema", -1) == 0 && !MakeTables(database)) {
-    return RefuseFor(path, "the contacts file cannot be made", database, why);
+  if (database.Number("SELECT count(*) FROM sqlite_schema", -1) == 0 &&
+      !MakeTables(path, database, why)) {
+    return false;
   }
   if (!CheckContent(path, database, why)) {
     return false;

@@ -223,5 +223,20 @@ TEST(SqliteProcess, ADiskThatIsFullFailsTheSaveAndLosesNothing) {
   SaveOneMore(path);
 }
 
+TEST(SqliteProcess, AFileThatCannotBeMadeTellsWhyAndNotHowItWasUndone) {
+  const test::ScratchFolder folder;
+  const auto handler = signal(SIGXFSZ, SIG_IGN);
+  struct rlimit before = {};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+  const struct rlimit limit = {4096, before.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+  std::string why;
+  const auto store = SqliteStore::Open(folder / "contacts.db", why);
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+  signal(SIGXFSZ, handler);
+  EXPECT_EQ(store, nullptr);
+  EXPECT_NE(why.find("the contacts file cannot be made: disk I/O error"), std::string::npos) << why;
+}
+
 }  // namespace
 }  // namespace kelpin::device::contacts

@@ -98,12 +98,18 @@ void CardSession::EndChange() {
   changing_ = false;
 }
 
+SimResult CardSession::WhyBroken(SimResult result) {
+  if (result != ToSimResult(TransportError::kReset) || files_.IsOpen()) return result;
+  const SimResult again = Ready();
+  return Succeeded(again) ? result : again;
+}
+
 SimResult CardSession::Change(const std::function<CardResult()>& operation) {
   const SimResult begun = BeginChange();
   if (!Succeeded(begun)) return begun;
   const SimResult result = ToSimResult(operation());
   EndChange();
-  return Explain(result);
+  return Explain(WhyBroken(result));
 }
 
 void CardSession::ReadBack(std::uint32_t location, WriteOutcome& outcome) {
@@ -131,6 +137,7 @@ WriteOutcome CardSession::ChangeEntry(std::uint32_t location,
   outcome = operation(writer);
   EndChange();
   if (outcome.othersWrote) NoteOthersWrote();
+  outcome.result = WhyBroken(outcome.result);
   if (outcome.doubtful) ReadBack(location, outcome);
   outcome.result = Explain(outcome.result);
   return outcome;

@@ -68,6 +68,8 @@ class CardSession {
  private:
   platform::SimResult Connect();
   platform::SimResult Explain(platform::SimResult result);
+  // Connecting again tells why a connection broke in the middle of a change.
+  platform::SimResult WhyBroken(platform::SimResult result);
   // Ready, the card the callers know, and other programs kept off until EndTransaction.
   platform::SimResult BeginChange();
   void EndChange();

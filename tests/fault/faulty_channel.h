@@ -11,28 +11,36 @@ namespace kelpin::device::card {
 
 // How a command goes wrong.
 enum class Fault {
-  kRefused,       // the card answers 6F00 and does nothing
-  kLostBefore,    // the command never reached the card; only the time-out tells
-  kLostAfter,     // carried out, and the answer lost
-  kGarbledAfter,  // carried out, and the answer garbled
-  kCutBefore,     // the card is pulled before the command, and is back when connected to
-  kCutAfter,      // carried out, then the card is pulled, and is back
-  kResetBefore,   // reset by somebody else before the command
-  kGoneBefore,    // pulled before the command, and stays out
-  kGoneAfter,     // carried out, then pulled, and stays out
-  kNotKept,       // the software card cannot keep the change
+  kRefused,        // the card answers 6F00 and does nothing
+  kLostBefore,     // the command never reached the card; only the time-out tells
+  kLostAfter,      // carried out, and the answer lost
+  kGarbledAfter,   // carried out, and the answer garbled
+  kCutBefore,      // the card is pulled before the command, and is back when connected to
+  kCutAfter,       // carried out, then the card is pulled, and is back
+  kResetBefore,    // reset by somebody else before the command
+  kGoneBefore,     // pulled before the command, and stays out
+  kGoneAfter,      // carried out, then pulled, and stays out
+  kServiceBefore,  // the service of the readers ended before the command, and stays away
+  kServiceAfter,   // carried out, then the service ended, and stays away
+  kNotKept,        // the software card cannot keep the change
 };
 
 // Whether it matters that the command was carried out: a read that was is like one that was not.
 constexpr bool IsAfter(Fault fault) {
   return fault == Fault::kLostAfter || fault == Fault::kGarbledAfter || fault == Fault::kCutAfter ||
-         fault == Fault::kGoneAfter || fault == Fault::kNotKept;
+         fault == Fault::kGoneAfter || fault == Fault::kServiceAfter || fault == Fault::kNotKept;
 }
 
-inline constexpr Fault kFaults[] = {Fault::kRefused,      Fault::kLostBefore, Fault::kLostAfter,
-                                    Fault::kGarbledAfter, Fault::kCutBefore,  Fault::kCutAfter,
-                                    Fault::kResetBefore,  Fault::kGoneBefore, Fault::kGoneAfter,
-                                    Fault::kNotKept};
+// Whether the card cannot be asked afterwards.
+constexpr bool StaysAway(Fault fault) {
+  return fault == Fault::kGoneBefore || fault == Fault::kGoneAfter ||
+         fault == Fault::kServiceBefore || fault == Fault::kServiceAfter;
+}
+
+inline constexpr Fault kFaults[] = {Fault::kRefused,       Fault::kLostBefore,   Fault::kLostAfter,
+                                    Fault::kGarbledAfter,  Fault::kCutBefore,    Fault::kCutAfter,
+                                    Fault::kResetBefore,   Fault::kGoneBefore,   Fault::kGoneAfter,
+                                    Fault::kServiceBefore, Fault::kServiceAfter, Fault::kNotKept};
 
 // A channel whose nth command from Arm on goes wrong. Any thread.
 class FaultyChannel final : public CardChannel {
@@ -58,12 +66,12 @@ class FaultyChannel final : public CardChannel {
   void Disarm() {
     const MutexLock guard(lock_);
     left_ = 0;
-    gone_ = false;
+    gone_ = TransportError::kNone;
   }
 
   TransportError Connect(std::vector<std::uint8_t>& atr) override {
     const MutexLock guard(lock_);
-    if (gone_) return TransportError::kNoCard;
+    if (gone_ != TransportError::kNone) return gone_;
     lost_ = TransportError::kNone;
     return channel_.Connect(atr);
   }
@@ -93,11 +101,17 @@ class FaultyChannel final : public CardChannel {
       case Fault::kResetBefore:
         return lost_ = TransportError::kReset;
       case Fault::kGoneBefore:
-        gone_ = true;
+        gone_ = TransportError::kNoCard;
         return lost_ = TransportError::kRemoved;
       case Fault::kGoneAfter:
-        gone_ = true;
+        gone_ = TransportError::kNoCard;
         return lost_ = After(command, TransportError::kRemoved);
+      case Fault::kServiceBefore:
+        gone_ = TransportError::kNoReader;
+        return lost_ = TransportError::kReset;
+      case Fault::kServiceAfter:
+        gone_ = TransportError::kNoReader;
+        return lost_ = After(command, TransportError::kReset);
       case Fault::kNotKept:
         response = {0x65, 0x81};
         return TransportError::kStorage;
@@ -126,7 +140,7 @@ class FaultyChannel final : public CardChannel {
   Fault fault_ GUARDED_BY(lock_) = Fault::kRefused;
   bool fired_ GUARDED_BY(lock_) = false;
   std::vector<std::uint8_t> sent_ GUARDED_BY(lock_);
-  bool gone_ GUARDED_BY(lock_) = false;
+  TransportError gone_ GUARDED_BY(lock_) = TransportError::kNone;  // what connecting again tells
   TransportError lost_ GUARDED_BY(lock_) = TransportError::kNone;
 };
 

@@ -103,7 +103,7 @@ class NameListFault : public testing::TestWithParam<List> {
       EXPECT_EQ(now, Wanted(change));
     }
     // Nobody can tell of a card that is gone, nor of one that says that it could not keep it.
-    const bool isUntold = fault == Fault::kGoneAfter || fault == Fault::kNotKept;
+    const bool isUntold = (StaysAway(fault) && IsAfter(fault)) || fault == Fault::kNotKept;
     if (!written && !(isUpdate && isUntold)) {
       EXPECT_EQ(now, before);
     }

@@ -15,6 +15,7 @@ namespace {
 using device::card::Fault;
 using device::card::FaultyChannel;
 using device::card::ImageRecord;
+using device::card::StaysAway;
 using editor::EntryFlow;
 
 constexpr std::uint32_t kCommandLimit = 60;  // more commands than any run sends
@@ -31,7 +32,7 @@ struct Round {
   // Gone: the card stays out until the run is over.
   Round(Deed theDeed, Fault theFault) : deed(theDeed), fault(theFault) {}
 
-  bool Gone() const { return fault == Fault::kGoneBefore || fault == Fault::kGoneAfter; }
+  bool Gone() const { return StaysAway(fault); }
   std::string Meant() const { return deed == Deed::kSave ? kNew : std::string(60, 'F'); }
   std::u16string MeantRow() const { return deed == Deed::kSave ? u"New|+4930123" : u"|"; }
 

@@ -21,6 +21,7 @@ constexpr std::uint8_t kUcs2WithBase = 0x82;  // count, base (two bytes), bytes
 constexpr std::uint8_t kFromBase = 0x80;      // in a byte of both forms: base + lower 7 bits
 constexpr char16_t kHalfPageLimit = 0x8000;   // the base byte holds bits 14 to 7
 constexpr char16_t kReplacement = u'\uFFFD';
+constexpr char16_t kEllipsis = u'\u2026';
 
 std::optional<std::uint8_t> DefaultSeptet(char16_t unit) {
   for (std::size_t septet = 0; septet < kGsmDefaultAlphabet.size(); ++septet) {
@@ -258,6 +259,37 @@ bool EncodeAlpha(std::u16string_view text, std::span<std::uint8_t> field) {
       break;
   }
   return true;
+}
+
+bool IsCompactAlpha(std::span<const std::uint8_t> field) {
+  return !field.empty() && (field[0] == kUcs2HalfPage || field[0] == kUcs2WithBase);
+}
+
+bool IsGsmAlpha(std::u16string_view text) {
+  const auto forms = Measure(text);
+  return forms && forms->gsm;
+}
+
+void EncodePlainAlpha(std::u16string_view text, std::size_t wideLimit,
+                      std::span<std::uint8_t> field) {
+  std::fill(field.begin(), field.end(), kUnused);
+  if (field.empty()) return;
+  wideLimit = std::min(wideLimit, (field.size() - 1) / 2);
+  const auto forms = Measure(text);
+  if (text.size() > wideLimit && forms && forms->gsm && *forms->gsm <= field.size()) {
+    WriteGsm(text, field);
+    return;
+  }
+  std::u16string wide(text);
+  for (char16_t& unit : wide) {
+    if ((unit & 0xFF) == kUnused) unit = kReplacement;
+  }
+  if (wide.size() > wideLimit) {
+    wide.resize(wideLimit);
+    if (!wide.empty()) wide.back() = kEllipsis;
+    MendSurrogates(wide);
+  }
+  WriteUcs2(wide, field);
 }
 
 }  // namespace kelpin::device::card

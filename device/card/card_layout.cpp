@@ -116,6 +116,8 @@ CardResult CardLayout::ReadReferences(const FilePath& folder) {
   CardResult result = references.Load();
   if (IsDamage(result)) return StatusWord::kOk;
   if (!result.Ok()) return result;
+  std::vector<PbrSet> found;
+  std::vector<std::uint8_t> records;
   for (std::uint8_t record = 1; record <= references.Count(); ++record) {
     std::span<const std::uint8_t> data;
     result = references.Read(record, data);
@@ -123,11 +125,18 @@ CardResult CardLayout::ReadReferences(const FilePath& folder) {
     if (!result.Ok()) return result;
     auto reference = ParsePbrRecord(data);
     if (!reference) continue;
-    const std::uint16_t adnId = reference->Find(PbrTag::kAdn)->fileId;
+    found.push_back(std::move(*reference));
+    records.push_back(record);
+  }
+  LeaveOutConflicts(found);
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    const PbrFile* const adn = found[i].Find(PbrTag::kAdn);
+    if (adn == nullptr) continue;
+    const std::uint16_t adnId = adn->fileId;
     PhonebookSet set;
     set.folder = folder;
-    set.reference = std::move(*reference);
-    set.referenceRecord = record;
+    set.reference = std::move(found[i]);
+    set.referenceRecord = records[i];
     result = AddSet(std::move(set), adnId);
     if (!result.Ok()) return result;
   }

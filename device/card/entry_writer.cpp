@@ -177,8 +177,12 @@ WriteOutcome EntryWriter::Write(std::uint32_t location, std::u16string_view name
   if ((!inUse || view.Name() != name) && !EncodeAlpha(name, alpha)) {
     return Failed(SimResult::kBadParameter);
   }
-  const bool sameNumber = inUse && before.number.digits == wanted.digits &&
-                          IsInternational(before.number.tonNpi) == IsInternational(wanted.tonNpi);
+  // An address that says nothing of the number's type, as that of *1234 does, is not edited when it
+  // is the one that was read.
+  const bool asRead = known_ && known_->address == address;
+  const bool sameNumber =
+      inUse && before.number.digits == wanted.digits &&
+      (asRead || IsInternational(before.number.tonNpi) == IsInternational(wanted.tonNpi));
   std::vector<std::uint8_t> extensions;
   if (!sameNumber) {
     const std::size_t digits = wanted.digits.size();

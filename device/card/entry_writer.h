@@ -43,7 +43,8 @@ class EntryWriter {
   // `known`.
   void Expect(const KnownEntry& known) { known_ = known; }
   // Writes the whole location. `international` adds to what a '+' in the address says. What the
-  // card holds already (a name in another form, a longer chain) is left as it stands.
+  // card holds already (a name in another form, a longer chain, a number's type that its address
+  // does not tell) is left as it stands.
   WriteOutcome Write(std::uint32_t location, std::u16string_view name, std::u16string_view address,
                      bool international);
   // A free location is a success without a change.

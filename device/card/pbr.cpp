@@ -1,5 +1,9 @@
 #include "device/card/pbr.h"
 
+#include <algorithm>
+#include <map>
+
+#include "device/card/file_path.h"
 #include "device/card/tlv.h"
 
 namespace kelpin::device::card {
@@ -31,7 +35,7 @@ void ParseGroup(PbrGroup group, std::span<const std::uint8_t> bytes, PbrSet& set
 
 const PbrFile* PbrSet::Find(PbrTag tag, std::size_t nth) const {
   for (const PbrFile& file : files) {
-    if (file.tag == tag && nth-- == 0) return &file;
+    if (file.tag == tag && file.fileId != kNoFileId && nth-- == 0) return &file;
   }
   return nullptr;
 }
@@ -39,7 +43,7 @@ const PbrFile* PbrSet::Find(PbrTag tag, std::size_t nth) const {
 const PbrFile* PbrSet::FindLast(PbrTag tag) const {
   const PbrFile* last = nullptr;
   for (const PbrFile& file : files) {
-    if (file.tag == tag) last = &file;
+    if (file.tag == tag && file.fileId != kNoFileId) last = &file;
   }
   return last;
 }
@@ -52,6 +56,23 @@ std::optional<PbrSet> ParsePbrRecord(std::span<const std::uint8_t> record) {
   }
   if (set.Find(PbrTag::kAdn) == nullptr) return std::nullopt;
   return set;
+}
+
+void LeaveOutConflicts(std::span<PbrSet> sets) {
+  constexpr std::uint16_t kOwn[] = {kEfPbr, kEfPsc, kEfCc, kEfPuid};
+  std::map<std::uint16_t, PbrTag> uses;
+  // The entries first: they are what must not be lost.
+  for (const bool entries : {true, false}) {
+    for (PbrSet& set : sets) {
+      for (PbrFile& file : set.files) {
+        if ((file.tag == PbrTag::kAdn) != entries) continue;
+        const bool own = std::ranges::find(kOwn, file.fileId) != std::end(kOwn);
+        if (own || uses.try_emplace(file.fileId, file.tag).first->second != file.tag) {
+          file.fileId = kNoFileId;
+        }
+      }
+    }
+  }
 }
 
 }  // namespace kelpin::device::card

@@ -28,10 +28,13 @@ enum class PbrTag : std::uint8_t {
 // byte inside another record.
 enum class PbrGroup : std::uint8_t { kType1 = 0xA8, kType2 = 0xA9, kType3 = 0xAA };
 
+// The id of no file: what has it is not to be used, and keeps its place in the record's order.
+inline constexpr std::uint16_t kNoFileId = 0;
+
 struct PbrFile {
   PbrTag tag = PbrTag::kAdn;
   PbrGroup group = PbrGroup::kType1;
-  std::uint16_t fileId = 0;
+  std::uint16_t fileId = kNoFileId;
 };
 
 // One record of EF_PBR: the files of one set of entries, in the record's order.
@@ -47,5 +50,10 @@ struct PbrSet {
 // Groups in any order, tags in any order and more than once, with a short file id or without,
 // unknown ones skipped, ended by FF. Nothing when the record names no EF_ADN: unused, or damaged.
 std::optional<PbrSet> ParsePbrRecord(std::span<const std::uint8_t> record);
+
+// A file has one use. What the records of one EF_PBR name for a second one, or what is EF_PBR
+// itself or a counter beside it, loses its id: written to as the one, it would be destroyed as the
+// other.
+void LeaveOutConflicts(std::span<PbrSet> sets);
 
 }  // namespace kelpin::device::card

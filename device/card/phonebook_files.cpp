@@ -14,6 +14,7 @@ using platform::SimResult;
 using platform::Succeeded;
 
 constexpr std::uint8_t kMessageInUse = 0x01;  // EF_SMS status byte, bit 1
+constexpr std::size_t kLongNumbers = 2;       // of an entry beside its own
 
 // The file's description promised more records than the card has.
 bool NoSuchRecord(const CardResult& result) {
@@ -139,7 +140,8 @@ SimResult PhonebookFiles::Extensions(std::uint32_t& count, RecordSet& used) {
   RecordSet inUse;
   const CardResult result = ExtensionFile(*file).InUse(inUse);
   if (!result.Ok()) return ToSimResult(result);
-  if (layout_.Sets().front().referenceRecord != 0) {
+  const std::size_t freeRecords = file->Count() - inUse.count();
+  if (freeRecords < kLongNumbers && layout_.Sets().front().referenceRecord != 0) {
     // Left behind by a change that was cut short. On a GSM card others may keep numbers there.
     RecordSet referenced;
     const CardResult asked = ExtensionReferences(layout_, *file, nullptr, inUse, referenced);

@@ -38,8 +38,9 @@ class PhonebookFiles {
   platform::SimResult Read(std::uint32_t location, PhonebookEntry& entry);
   // EF_PBC says that the entry is hidden. False where the card has no such file.
   platform::SimResult IsHidden(std::uint32_t location, bool& hidden);
-  // Records of the first set's EF_EXT1: in use by their content, and something refers to them.
-  // `used` has one bit a record, from bit 1.
+  // Records of the first set's EF_EXT1 that are in use by their content. Where too few are left for
+  // the long numbers of one entry, only those that something refers to, which costs a command for
+  // each entry with such fields. `used` has one bit a record, from bit 1.
   platform::SimResult Extensions(std::uint32_t& count, RecordSet& used);
   // Short messages stored and places for them; asked of the card each time.
   platform::SimResult Messages(std::uint32_t& used, std::uint32_t& total);

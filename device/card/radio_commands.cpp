@@ -6,6 +6,7 @@
 
 #include "device/card/adn_record.h"
 #include "device/card/references.h"
+#include "device/card/shown_text.h"
 #include "device/card/status_map.h"
 
 namespace kelpin::device::card {
@@ -59,14 +60,6 @@ RadioAnswer SimAnswer(StatusWord word, std::span<const std::uint8_t> bytes) {
 RadioAnswer Refused(const CardResult& said) {
   if (said.Error() != TransportError::kNone || said.Ok()) return RadioAnswer{};
   return SimAnswer(said.Word(), {});
-}
-
-// A type-2 record that no entry refers to is free, whatever a change that was cut short left in it.
-bool IsLeftBehind(CardLayout& layout, const RecordFile& file, std::uint8_t record,
-                  std::span<const std::uint8_t> bytes) {
-  RecordSet linked;
-  return !bytes.empty() && bytes[0] != 0xFF && LinkedRecords(layout, file, linked) &&
-         !linked[record];
 }
 
 }  // namespace
@@ -144,10 +137,13 @@ RadioAnswer RadioCommands::ReadRecord(const Find& find) {
     std::span<const std::uint8_t> bytes;
     if (said.Ok()) said = file->Read(record, bytes);
     if (!said.Ok()) return ToSimResult(said);
-    const bool left = IsLeftBehind(layout, *file, record, bytes);
-    answer =
-        SimAnswer(StatusWord::kOk, left ? std::vector<std::uint8_t>(bytes.size(), 0xFF)
-                                        : std::vector<std::uint8_t>(bytes.begin(), bytes.end()));
+    std::vector<std::uint8_t> told(bytes.begin(), bytes.end());
+    if (!bytes.empty() && bytes[0] != 0xFF && IsLeftBehind(layout, *file, record)) {
+      std::fill(told.begin(), told.end(), std::uint8_t{0xFF});
+    } else if (const auto text = FindShownText(layout, *file)) {
+      told = ToldRecord(*text, bytes);
+    }
+    answer = SimAnswer(StatusWord::kOk, told);
     return SimResult::kOk;
   });
   return Succeeded(result) ? answer : Refused(said);
@@ -157,7 +153,7 @@ CardResult RadioCommands::IsUnclaimed(RecordFile& file, std::uint8_t record, boo
   CardLayout& layout = session_.Book().Layout();
   std::span<const std::uint8_t> bytes;
   if (const CardResult result = file.Read(record, bytes); !result.Ok()) return result;
-  unclaimed = IsLeftBehind(layout, file, record, bytes);
+  unclaimed = !bytes.empty() && bytes[0] != 0xFF && IsUnlinked(layout, file, record);
   const bool isExtension = std::ranges::any_of(
       layout.Sets(), [&](const PhonebookSet& set) { return set.ext1 == &file; });
   if (!isExtension || ExtensionIsFree(bytes)) return StatusWord::kOk;
@@ -185,7 +181,18 @@ CardResult RadioCommands::Confirm(RecordFile& file, std::uint8_t record,
   return result;
 }
 
-RadioAnswer RadioCommands::UpdateRecord(const Find& find, std::span<const std::uint8_t> data) {
+CardResult RadioCommands::KeepForm(RecordFile& file, std::uint8_t record,
+                                   std::vector<std::uint8_t>& data) {
+  const auto text = FindShownText(session_.Book().Layout(), file);
+  if (!text || data.empty() || data[0] == 0xFF) return StatusWord::kOk;
+  std::span<const std::uint8_t> held;
+  const CardResult result = file.Read(record, held);
+  if (result.Ok()) data = WantedRecord(*text, held, data);
+  return result;
+}
+
+RadioAnswer RadioCommands::UpdateRecord(const Find& find, std::span<const std::uint8_t> wanted) {
+  std::vector<std::uint8_t> data(wanted.begin(), wanted.end());
   CardResult said = TransportError::kNoCard;
   bool mine = true;
   bool sent = false;
@@ -195,6 +202,7 @@ RadioAnswer RadioCommands::UpdateRecord(const Find& find, std::span<const std::u
     said = find(file, record);
     if (!said.Ok()) return said;
     if (said = Confirm(*file, record, data, mine); !said.Ok() || !mine) return said;
+    if (said = KeepForm(*file, record, data); !said.Ok()) return said;
     said = session_.Book().Marks().BeforeRecord(*file, record, data);
     if (said.Error() != TransportError::kNone) return said;
     sent = true;

@@ -38,7 +38,9 @@ class RadioCommands {
   RadioAnswer OnFile(std::uint32_t operation, const Find& find, std::span<const std::uint8_t> data);
   RadioAnswer GetResponse(const Find& find);
   RadioAnswer ReadRecord(const Find& find);
-  RadioAnswer UpdateRecord(const Find& find, std::span<const std::uint8_t> data);
+  RadioAnswer UpdateRecord(const Find& find, std::span<const std::uint8_t> wanted);
+  // Leaves a text that is wanted as it was told in the form in which the card holds it.
+  CardResult KeepForm(RecordFile& file, std::uint8_t record, std::vector<std::uint8_t>& data);
   // `mine`: another program neither wrote the record since it was read here nor took it where it
   // was told as free. Costs nothing where there are no other programs.
   CardResult Confirm(RecordFile& file, std::uint8_t record, std::span<const std::uint8_t> data,

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "device/card/adn_record.h"
 
@@ -19,6 +20,44 @@ bool HoldsNothing(const CardResult& result) {
          result.Word() == StatusWord::kOutOfRangeGsm ||
          result.Word() == StatusWord::kWrongFileKind ||
          result.Word() == StatusWord::kWrongFileKindGsm;
+}
+
+bool IsBlank(std::span<const std::uint8_t> record) {
+  return record.empty() || record[0] == 0xFF;
+}
+
+// Asks the card for no more than it takes to find a free record.
+bool AllInUse(RecordFile& file) {
+  if (!file.LearnEmpty().Ok()) return false;
+  for (std::uint8_t record = 1; record <= file.Count(); ++record) {
+    const auto known = file.Known(record);
+    if (known && IsBlank(*known)) return false;
+  }
+  for (std::uint8_t record = 1; record <= file.Count(); ++record) {
+    std::span<const std::uint8_t> data;
+    const CardResult result = file.Read(record, data);
+    if (result.Ok() ? IsBlank(data) : !HoldsNothing(result)) return false;
+  }
+  return true;
+}
+
+// The byte of a set's EF_IAP that refers to the records of a file.
+struct Link {
+  const PhonebookSet* set = nullptr;
+  std::size_t byte = 0;
+};
+
+std::vector<Link> LinksTo(const CardLayout& layout, const RecordFile& file) {
+  std::vector<Link> links;
+  for (const PhonebookSet& set : layout.Sets()) {
+    std::size_t position = 0;
+    for (const PbrFile& named : set.reference.files) {
+      if (named.group != PbrGroup::kType2) continue;
+      const std::size_t byte = position++;
+      if (set.folder.Child(named.fileId) == file.Path()) links.push_back({&set, byte});
+    }
+  }
+  return links;
 }
 
 // Adds what one byte of each record of a set's EF_IAP refers to. False when it cannot be read.
@@ -94,26 +133,47 @@ class ExtensionSearch {
 
 }  // namespace
 
-bool LinkedRecords(CardLayout& layout, const RecordFile& file, RecordSet& linked) {
-  RecordSet found;
-  bool isLinked = false;
-  bool complete = true;
+bool IsLinkedFile(const CardLayout& layout, const RecordFile& file) {
+  bool linked = false;
   for (const PhonebookSet& set : layout.Sets()) {
-    std::size_t position = 0;
     for (const PbrFile& named : set.reference.files) {
-      const bool type2 = named.group == PbrGroup::kType2;
-      const std::size_t byte = position;
-      if (type2) ++position;
       if (set.folder.Child(named.fileId) != file.Path()) continue;
-      if (!type2) return false;
-      isLinked = true;
-      complete = complete && AddLinks(layout, set, byte, found);
+      if (named.group != PbrGroup::kType2) return false;
+      linked = true;
     }
   }
-  if (!isLinked) return false;
+  return linked;
+}
+
+bool LinkedRecords(CardLayout& layout, const RecordFile& file, RecordSet& linked) {
+  if (!IsLinkedFile(layout, file)) return false;
+  RecordSet found;
+  bool complete = true;
+  for (const Link& link : LinksTo(layout, file)) {
+    complete = complete && AddLinks(layout, *link.set, link.byte, found);
+  }
   if (!complete) found.set();
   linked = found;
   return true;
+}
+
+bool IsUnlinked(CardLayout& layout, const RecordFile& file, std::uint8_t record) {
+  for (const Link& link : LinksTo(layout, file)) {
+    const PbrFile* named = link.set->reference.Find(PbrTag::kIap);
+    if (named == nullptr) continue;
+    const RecordFile& index = layout.File(link.set->folder.Child(named->fileId));
+    for (std::uint32_t entry = 1; entry <= index.Count(); ++entry) {
+      const auto known = index.Known(static_cast<std::uint8_t>(entry));
+      if (known && link.byte < known->size() && (*known)[link.byte] == record) return false;
+    }
+  }
+  RecordSet linked;
+  return LinkedRecords(layout, file, linked) && !linked[record];
+}
+
+bool IsLeftBehind(CardLayout& layout, RecordFile& file, std::uint8_t record) {
+  if (!IsLinkedFile(layout, file) || !AllInUse(file)) return false;
+  return IsUnlinked(layout, file, record);
 }
 
 CardResult ExtensionReferences(CardLayout& layout, RecordFile& ext1, const EntryPlace* except,

@@ -94,6 +94,27 @@ TEST(Pbr, RecordsThatNameNoEntriesAreNone) {
   }
 }
 
+TEST(Pbr, AFileIsThereForOneUseAndEntriesComeFirst) {
+  std::vector<PbrSet> sets;
+  for (const char* hex : {"A80C C0024F3A C1024F60 C4024F3B A904 CA024F30 AA08 C2024F60 C7024F81",
+                          "A80C C0024F3B C1024F61 C4024F41 A904 CA024F24 AA08 C2024F80 C7024F81"}) {
+    sets.push_back(ParsePbrRecord(Hex(hex)).value());
+  }
+  LeaveOutConflicts(sets);
+  const auto idsOf = [](const PbrSet& set) {
+    std::vector<std::uint16_t> ids;
+    for (const PbrFile& file : set.files) ids.push_back(file.fileId);
+    return ids;
+  };
+  // The second set's entries are no numbers of the first; a number's name may belong to both.
+  EXPECT_EQ(idsOf(sets[0]),
+            (std::vector<std::uint16_t>{0x4F3A, 0x4F60, kNoFileId, kNoFileId, kNoFileId, 0x4F81}));
+  EXPECT_EQ(idsOf(sets[1]),
+            (std::vector<std::uint16_t>{0x4F3B, 0x4F61, 0x4F41, kNoFileId, 0x4F80, 0x4F81}));
+  EXPECT_EQ(sets[0].Find(PbrTag::kEmail), nullptr);
+  EXPECT_EQ(sets[0].FindLast(PbrTag::kAnr), nullptr);
+}
+
 TEST(Pbr, ALengthBeyondTheRecordEndsWithIt) {
   const auto set = ParsePbrRecord(Hex("A8FF"));
   EXPECT_FALSE(set);

@@ -46,11 +46,18 @@ std::optional<Line> ReadLine(const QByteArray& text) {
   return Line{{sides[0], sides[1]}, {{sides[2], sides[3]}, parts[4] == "maximized"}};
 }
 
+// A pipe without a writer would be waited for, and a device that a link leads to be replaced.
+bool IsSomethingElse(const std::filesystem::path& folder) {
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(folder / "window", error);
+  return std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
+}
+
 // The screen used last comes first.
 std::vector<Line> ReadLines(const std::filesystem::path& folder) {
   std::vector<Line> lines;
   QFile file(FileName(folder));
-  if (folder.empty() || !file.open(QIODevice::ReadOnly)) {
+  if (folder.empty() || IsSomethingElse(folder) || !file.open(QIODevice::ReadOnly)) {
     return lines;
   }
   for (const QByteArray& text : file.read(kMostBytes).split('\n')) {
@@ -83,7 +90,7 @@ std::optional<WindowState> LoadWindowState(const std::filesystem::path& folder, 
 
 bool SaveWindowState(const std::filesystem::path& folder, ui::Size screen,
                      const WindowState& state) {
-  if (folder.empty()) {
+  if (folder.empty() || IsSomethingElse(folder)) {
     return false;
   }
   std::vector<Line> lines = ReadLines(folder);

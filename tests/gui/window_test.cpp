@@ -1,3 +1,7 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <QApplication>
 #include <QFile>
 #include <QImage>
@@ -7,6 +11,8 @@
 #include <QTest>
 #include <QTimer>
 #include <atomic>
+#include <filesystem>
+#include <string>
 #include <thread>
 
 #include "device/qt/label_views.h"
@@ -252,7 +258,10 @@ TEST_F(Windows, ActivationIsTold) {
   const auto dialog = Show(kListTemplate, handler);
   ASSERT_FALSE(handler.activations.empty());
   EXPECT_TRUE(handler.activations.back());
-  QTimer::singleShot(60, [] { OpenBox()->reject(); });
+  screen_->PostToScreen([&] {
+    EXPECT_TRUE(ServeUntil([&] { return OpenBox() != nullptr && !handler.activations.back(); }));
+    OpenBox()->reject();
+  });
   screen_->MessageBox(dialog->Handle(), u"Done.", u"Info", ui::kBoxNotice);
   EXPECT_TRUE(ServeUntil([&] {
     return handler.activations == std::vector<bool>({true, false, true});
@@ -394,6 +403,22 @@ TEST_F(SavedSize, NonsenseIsNotBelieved) {
     Write(text);
     EXPECT_EQ(qt::LoadWindowState(Folder(), kMonitor), std::nullopt) << text;
   }
+}
+
+TEST_F(SavedSize, IsNoPipeOrDeviceAndReplacesNone) {
+  const std::filesystem::path pipe = Folder() / "pipe";
+  std::filesystem::create_directories(Folder());
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  // So full that nobody who reads it all the same would wait for more.
+  const int filled = open(pipe.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+  ASSERT_GE(filled, 0);
+  const std::string lines(32768, '\n');
+  EXPECT_EQ(write(filled, lines.data(), lines.size()), static_cast<ssize_t>(lines.size()));
+  std::filesystem::create_symlink(pipe, Folder() / "window");
+  EXPECT_EQ(qt::LoadWindowState(Folder(), kMonitor), std::nullopt);
+  EXPECT_FALSE(qt::SaveWindowState(Folder(), kMonitor, {{700, 500}, false}));
+  EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+  close(filled);
 }
 
 // A phone that is put to a monitor has a window there, and fills its own screen afterwards.

@@ -298,7 +298,7 @@ TEST_F(KernelProcessTest, AProgramStartedMeanwhileDoesNotKeepTheMutex) {
   ::pid_t process = 0;
   ASSERT_EQ(::posix_spawnp(&process, program, nullptr, nullptr, arguments, environ), 0);
   // The new program may run before the system has closed what it was not to have.
-  for (int tries = 0; tries < 400; ++tries) {
+  for (int tries = 0; tries < 4000; ++tries) {
     mutex.reset();
     mutex = kernel_->CreateMutex(kName, false, exists);
     if (!exists) break;

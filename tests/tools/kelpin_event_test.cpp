@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -29,8 +30,9 @@ class EventToolTest : public testing::Test {
   // The exit code. What it wrote is in `written`.
   int RunTool(const std::string& arguments) {
     const std::string file = (scratch_ / "output").string();
-    const std::string command = "XDG_RUNTIME_DIR=" + scratch_.Path().string() + " " +
-                                KELPIN_EVENT_PROGRAM " " + arguments + " >" + file + " 2>&1";
+    const std::string command = "XDG_RUNTIME_DIR='" + scratch_.Path().string() +
+                                "' '" KELPIN_EVENT_PROGRAM "' " + arguments + " >'" + file +
+                                "' 2>&1";
     const int status = std::system(command.c_str());
     std::ifstream in(file);
     written.assign(std::istreambuf_iterator<char>(in), {});
@@ -51,8 +53,6 @@ class EventToolTest : public testing::Test {
   }
 
   std::string written;
-
- private:
   test::ScratchFolder scratch_;
 };
 
@@ -80,7 +80,31 @@ TEST_F(EventToolTest, APulseThatNobodyWaitsForIsLost) {
   const auto kernel = OpenKernel();
   const auto event = kernel->CreateEvent(kName);
   ASSERT_EQ(RunTool("OEM_MY_RIL_SIMPB_EVENT_OEM"), 0) << written;
+  EXPECT_THAT(written, HasSubstr("nobody waits for OEM_MY_RIL_SIMPB_EVENT_OEM now"));
   EXPECT_EQ(event->Wait(0), WaitResult::kTimeout);
+}
+
+TEST_F(EventToolTest, SaysThatNobodyWaitsUnlessItIsToBeQuiet) {
+  EXPECT_EQ(RunTool("OEM_MY_RIL_SIMPB_EVNT_OEM"), 0);
+  EXPECT_THAT(written, HasSubstr("nobody waits for OEM_MY_RIL_SIMPB_EVNT_OEM now"));
+  for (const char* quiet : {"-q", "--quiet"}) {
+    EXPECT_EQ(RunTool(std::string(quiet) + " OEM_MY_RIL_SIMPB_EVNT_OEM"), 0);
+    EXPECT_THAT(written, IsEmpty());
+  }
+}
+
+TEST_F(EventToolTest, ShowsWhatWouldSteerTheTerminalEscaped) {
+  EXPECT_EQ(RunTool("\"$(printf 'a\\033[2Jb')\""), 0);
+  EXPECT_THAT(written, HasSubstr("nobody waits for a\\x1B[2Jb now"));
+  EXPECT_EQ(RunTool("NAME \"$(printf 'a\\033\\nb')\""), 2);
+  EXPECT_THAT(written, HasSubstr("a\\x1B\\x0Ab"));
+}
+
+TEST_F(EventToolTest, AFolderThatCannotBeUsedIsTold) {
+  // A file where the folder of named objects is wanted.
+  std::ofstream(scratch_ / "kelpin") << "x";
+  EXPECT_EQ(RunTool("OEM_MY_RIL_SIMPB_EVENT_OEM"), 1);
+  EXPECT_THAT(written, HasSubstr((scratch_ / "kelpin").string() + ": not a folder"));
 }
 
 TEST_F(EventToolTest, ANameOfAnotherEventFreesNobody) {
@@ -110,8 +134,14 @@ TEST_F(EventToolTest, AWrongCommandLineIsTold) {
 }
 
 TEST_F(EventToolTest, ANameTooLongForAnEventIsTold) {
-  EXPECT_EQ(RunTool(std::string(5000, 'x')), 1);
+  // "event-" and the name are at most 200 bytes of a file's name.
+  EXPECT_EQ(RunTool("-q " + std::string(194, 'x')), 0) << written;
+  EXPECT_EQ(RunTool(std::string(195, 'x')), 2);
   EXPECT_THAT(written, HasSubstr("too long"));
+  EXPECT_EQ(RunTool(std::string(5000, 'x')), 2);
+  // What is no letter, digit, '.', '-' or '_' takes five.
+  EXPECT_EQ(RunTool("-q \"$(printf '/%.0s' $(seq 38))\""), 0) << written;
+  EXPECT_EQ(RunTool("-q \"$(printf '/%.0s' $(seq 39))\""), 2);
 }
 
 }  // namespace

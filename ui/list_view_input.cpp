@@ -19,6 +19,11 @@ std::uint64_t SystemMilliseconds() {
       std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
 }
 
+// The column that names a row: the first that does not number it.
+std::size_t NameColumn(const std::vector<Column>& columns) {
+  return columns.size() > 1 && columns[0].text == u"#" ? 1 : 0;
+}
+
 }  // namespace
 
 // The caller holds the lock.
@@ -138,7 +143,7 @@ bool ListView::TypeAhead(char16_t character, std::uint64_t now, Pending& pending
   // The same letter again goes on to the next row with it; a longer word may stay where it is.
   const bool repeated = typed_.find_first_not_of(typed_[0]) == std::u16string::npos;
   const std::u16string_view wanted = std::u16string_view(typed_).substr(0, repeated ? 1 : 1000);
-  const std::size_t column = columns_.size() > 1 ? 1 : 0;
+  const std::size_t column = NameColumn(columns_);
   const int focused = PositionOf(hasFocused_, focused_);
   const int first = repeated ? focused + 1 : std::max(focused, 0);
   for (int step = 0; step < count; ++step) {

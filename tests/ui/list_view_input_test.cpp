@@ -369,6 +369,23 @@ TEST_F(TypingAhead, AWordFindsTheNameThatStartsWithIt) {
   EXPECT_EQ(After(u"ANT"), 3);
 }
 
+TEST_F(TypingAhead, WithoutNumberedRowsTheFirstColumnHasTheNames) {
+  ListView contacts;
+  contacts.InsertColumn(0, u"Name", 10);
+  contacts.InsertColumn(1, u"Phone", 10);
+  contacts.InsertRow(99, {u"Anna", u"5550"}, nullptr);
+  contacts.InsertRow(99, {u"Bert", u"Anna's"}, nullptr);
+  contacts.InsertRow(99, {u"5th Street", u"1"}, nullptr);
+  EXPECT_TRUE(contacts.KeyDown(Type(u'B')));
+  EXPECT_EQ(contacts.FocusedItem(), 1);
+  EXPECT_TRUE(contacts.KeyDown(Press(Key::kDown)));
+  EXPECT_TRUE(contacts.KeyDown(Type(u'A')));
+  EXPECT_EQ(contacts.FocusedItem(), 0);
+  EXPECT_TRUE(contacts.KeyDown(Press(Key::kHome)));
+  EXPECT_TRUE(contacts.KeyDown(Type(u'5')));
+  EXPECT_EQ(contacts.FocusedItem(), 2);
+}
+
 TEST_F(TypingAhead, ASpaceBelongsToAWordThatIsBeingTyped) {
   EXPECT_EQ(After(u"ANNE M"), 5);
 }

@@ -1,6 +1,7 @@
 #include "device/modem/at_session.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 
 namespace kelpin::device::modem {
@@ -9,6 +10,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr int kGreetings = 5;
+// No command is answered with more; a modem that never stops would fill the memory.
+constexpr std::size_t kMostLines = 64;
 
 // What a modem tells of its own accord begins so (or is one of a few words).
 bool IsMessage(std::string_view line) {
@@ -81,11 +84,13 @@ void AtSession::Line(std::string_view line) {
       }
       const bool named = !pending_.prefix.empty() && Behind(line, pending_.prefix).has_value();
       if (named || (pending_.bare && !IsMessage(line))) {
-        pending_.answer.lines.emplace_back(line);
+        if (pending_.answer.lines.size() < kMostLines) pending_.answer.lines.emplace_back(line);
         changed_.notify_all();
       }
-    } else if (ParseLastLine(line)) {
-      return;  // of a command that was given up
+    } else if (const auto last = ParseLastLine(line)) {
+      // Of a command that was given up, or of none of ours: the next might be taken for an answer.
+      if (last->end == AtEnd::kOk || last->end == AtEnd::kCme) strayed_ = true;
+      return;
     }
   }
   observer_.line(line);
@@ -163,6 +168,7 @@ bool AtSession::Synchronise() {
     Drain();
     const MutexLock hold(lock_);
     inStep_ = lastByte_ <= before || greeting > 0;
+    strayed_ = false;
   }
   return inStep_;
 }
@@ -170,13 +176,17 @@ bool AtSession::Synchronise() {
 AtAnswer AtSession::Send(const std::string& command, std::string_view prefix,
                          std::chrono::milliseconds patience, bool bare) {
   if (port_ == nullptr) return {.end = AtEnd::kGone};
-  if (!inStep_) {
-    if (!Synchronise()) {
-      const MutexLock hold(lock_);
-      return {.end = gone_ ? AtEnd::kGone : AtEnd::kTimeout};
-    }
-    Greet();
+  bool strayed = false;
+  {
+    const MutexLock hold(lock_);
+    strayed = strayed_;
   }
+  const bool greeted = inStep_;
+  if ((!inStep_ || strayed) && !Synchronise()) {
+    const MutexLock hold(lock_);
+    return {.end = gone_ ? AtEnd::kGone : AtEnd::kTimeout};
+  }
+  if (!greeted) Greet();
   AtAnswer answer = Exchange(command, prefix, patience, bare);
   if (answer.end == AtEnd::kTimeout) inStep_ = false;
   return answer;

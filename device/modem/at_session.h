@@ -48,7 +48,8 @@ class AtSession {
 
   // Sends `command` ("AT…", no line end) and waits for what ends its answer. The answer's lines are
   // those of the name `prefix` ("+CRSM"), and with `bare` others as well that are no message of the
-  // modem's own accord. After a time-out the modem is brought into step before the next command.
+  // modem's own accord. After a time-out, or when an answer came that nobody waited for, the modem
+  // is brought into step before the next command.
   AtAnswer Send(const std::string& command, std::string_view prefix,
                 std::chrono::milliseconds patience, bool bare = false);
 
@@ -83,6 +84,7 @@ class AtSession {
   Condition changed_;
   Pending pending_ GUARDED_BY(lock_);
   bool gone_ GUARDED_BY(lock_) = false;
+  bool strayed_ GUARDED_BY(lock_) = false;  // an answer ended that nobody waited for
   std::chrono::steady_clock::time_point lastByte_ GUARDED_BY(lock_);
 
   std::unique_ptr<AtPort> port_;  // last: its thread uses all of the above

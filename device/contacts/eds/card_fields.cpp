@@ -330,6 +330,11 @@ ContactRecord ReadCard(EVCard* card) {
   return record;
 }
 
+std::string UidOf(EContact* contact) {
+  const auto* const uid = static_cast<const gchar*>(e_contact_get_const(contact, E_CONTACT_UID));
+  return uid == nullptr ? std::string() : std::string(uid);
+}
+
 void WriteCard(EVCard* card, const ContactRecord& record, const ContactTextSet& changed) {
   for (const Part& part : kParts) {
     const std::size_t text = TextIndex(part.property);

@@ -2,6 +2,8 @@
 
 #include <libebook/libebook.h>
 
+#include <string>
+
 #include "device/contacts/contact_record.h"
 
 namespace kelpin::device::contacts {
@@ -14,6 +16,10 @@ namespace kelpin::device::contacts {
 // What has no File-As goes by its formatted name (FN), as programs show it.
 
 ContactRecord ReadCard(EVCard* card);
+
+// What the address book knows the contact by. Empty when the server has sent none, against its
+// duty.
+std::string UidOf(EContact* contact);
 
 // Writes the texts of `changed`; what else the card has stays.
 void WriteCard(EVCard* card, const ContactRecord& record, const ContactTextSet& changed);

@@ -259,8 +259,11 @@ ComResult EdsBook::Read(std::span<const std::int32_t> numbers,
     return wanted.empty() ? ComResult::kOk : ComResult::kFail;
   }
   for (const ObjectPointer<EContact>& contact : contacts) {
-    const std::int32_t number = shared_->numbers.NumberOf(
-        static_cast<const gchar*>(e_contact_get_const(contact.get(), E_CONTACT_UID)));
+    const std::string uid = UidOf(contact.get());
+    if (uid.empty()) {
+      continue;
+    }
+    const std::int32_t number = shared_->numbers.NumberOf(uid);
     const auto place = std::lower_bound(numbers.begin(), numbers.end(), number);
     if (place != numbers.end() && *place == number) {
       records[static_cast<std::size_t>(place - numbers.begin())] = ReadCard(E_VCARD(contact.get()));
@@ -288,11 +291,12 @@ std::int32_t EdsBook::LowestMatch(const std::vector<ObjectPointer<EContact>>& co
                                   std::string_view fileAs) {
   std::int32_t lowest = 0;
   for (const ObjectPointer<EContact>& contact : contacts) {
-    if (ReadCard(E_VCARD(contact.get()))[TextIndex(platform::ContactProperty::kFileAs)] != fileAs) {
+    const std::string uid = UidOf(contact.get());
+    if (uid.empty() ||
+        ReadCard(E_VCARD(contact.get()))[TextIndex(platform::ContactProperty::kFileAs)] != fileAs) {
       continue;
     }
-    const std::int32_t number = shared_->numbers.NumberOf(
-        static_cast<const gchar*>(e_contact_get_const(contact.get(), E_CONTACT_UID)));
+    const std::int32_t number = shared_->numbers.NumberOf(uid);
     lowest = lowest == 0 ? number : std::min(lowest, number);
   }
   return lowest;

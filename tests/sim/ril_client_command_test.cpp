@@ -52,6 +52,21 @@ class RilCommandTest : public ::testing::Test {
     AnswerWith(test::FakeRadio::SimResponse(bytes));
   }
 
+  // The restricted command that was sent last.
+  void ExpectSent(std::uint32_t simCommand, const std::vector<std::uint32_t>& parameters,
+                  const Bytes& data) {
+    const test::FakeRadio::Command sent = bench_.radio.LastCommand();
+    EXPECT_EQ(sent.name, "RIL_SendRestrictedSimCmd");
+    EXPECT_EQ(sent.simCommand, simCommand);
+    EXPECT_EQ(sent.parameters.size, 24u);
+    EXPECT_EQ(sent.parameters.params, 15u);
+    EXPECT_EQ(sent.parameters.fileId, 0x6F40u);
+    EXPECT_THAT(parameters, ElementsAre(sent.parameters.parameter1, sent.parameters.parameter2,
+                                        sent.parameters.parameter3));
+    EXPECT_EQ(sent.size, data.size());
+    EXPECT_EQ(sent.data, data);
+  }
+
   test::SimBench bench_;
   RilClient client_{bench_.radio, bench_.kernel, bench_.devices};
 };
@@ -69,17 +84,7 @@ TEST(RecordBytes, AreWhatStandsBehindTheHeader) {
 TEST_F(RilCommandTest, FileInfoIsAskedWithAGetResponse) {
   AnswerFileInfo(0x01, 0x18, 28);
   EXPECT_TRUE(client_.GetFileInfo(0x6F40));
-  const test::FakeRadio::Command sent = bench_.radio.LastCommand();
-  EXPECT_EQ(sent.name, "RIL_SendRestrictedSimCmd");
-  EXPECT_EQ(sent.simCommand, 3u);
-  EXPECT_EQ(sent.parameters.size, 24u);
-  EXPECT_EQ(sent.parameters.params, 15u);
-  EXPECT_EQ(sent.parameters.fileId, 0x6F40u);
-  EXPECT_EQ(sent.parameters.parameter1, 0u);
-  EXPECT_EQ(sent.parameters.parameter2, 0u);
-  EXPECT_EQ(sent.parameters.parameter3, 0u);
-  EXPECT_EQ(sent.size, 0u);
-  EXPECT_TRUE(sent.data.empty());
+  ExpectSent(3, {0, 0, 0}, {});
 }
 
 TEST_F(RilCommandTest, FileInfoGivesTheFilesMeasures) {
@@ -106,14 +111,11 @@ TEST_F(RilCommandTest, RecordsTooShortForANumberHaveNoRoomForAName) {
   EXPECT_EQ(client_.MaxAlphaLength(), 0u);
 }
 
-TEST_F(RilCommandTest, FileInfoFailsOnAResponseThatIsOnlyAHeader) {
-  AnswerWith(test::FakeRadio::SimResponse({}));
-  EXPECT_FALSE(client_.GetFileInfo(0x6F40));
-}
-
 TEST_F(RilCommandTest, FileInfoFailsOnAResponseThatEndsBeforeTheRecordLength) {
-  AnswerWith(test::FakeRadio::SimResponse(Bytes(14, 1)));
-  EXPECT_FALSE(client_.GetFileInfo(0x6F40));
+  for (const Bytes& bytes : {Bytes{}, Bytes(14, 1)}) {
+    AnswerWith(test::FakeRadio::SimResponse(bytes));
+    EXPECT_FALSE(client_.GetFileInfo(0x6F40)) << bytes.size();
+  }
 }
 
 TEST_F(RilCommandTest, FileInfoFailsOnRecordsOfNoLength) {
@@ -135,15 +137,7 @@ TEST_F(RilCommandTest, ARecordIsReadInAbsoluteModeWithTheFilesRecordLength) {
   ASSERT_TRUE(client_.GetFileInfo(0x6F40));
   Bytes response;
   EXPECT_TRUE(client_.ReadRecord(0x6F40, 2, response));
-  const test::FakeRadio::Command sent = bench_.radio.LastCommand();
-  EXPECT_EQ(sent.simCommand, 2u);
-  EXPECT_EQ(sent.parameters.size, 24u);
-  EXPECT_EQ(sent.parameters.params, 15u);
-  EXPECT_EQ(sent.parameters.fileId, 0x6F40u);
-  EXPECT_EQ(sent.parameters.parameter1, 2u);
-  EXPECT_EQ(sent.parameters.parameter2, 4u);
-  EXPECT_EQ(sent.parameters.parameter3, 28u);
-  EXPECT_EQ(sent.size, 0u);
+  ExpectSent(2, {2, 4, 28}, {});
   EXPECT_EQ(response.size(), 44u);
   EXPECT_EQ(Bytes(RecordBytes(response).begin(), RecordBytes(response).end()), Bytes(28, 0x22));
 }
@@ -162,16 +156,7 @@ TEST_F(RilCommandTest, AnUpdateSendsTheRecordAndTellsTheDriver) {
   bench_.journal.Clear();
   const Bytes record = {7, 8, 9};
   EXPECT_TRUE(client_.UpdateRecord(0x6F40, 2, record));
-  const test::FakeRadio::Command sent = bench_.radio.LastCommand();
-  EXPECT_EQ(sent.simCommand, 5u);
-  EXPECT_EQ(sent.parameters.size, 24u);
-  EXPECT_EQ(sent.parameters.params, 15u);
-  EXPECT_EQ(sent.parameters.fileId, 0x6F40u);
-  EXPECT_EQ(sent.parameters.parameter1, 2u);
-  EXPECT_EQ(sent.parameters.parameter2, 4u);
-  EXPECT_EQ(sent.parameters.parameter3, 3u);
-  EXPECT_EQ(sent.size, 3u);
-  EXPECT_EQ(sent.data, record);
+  ExpectSent(5, {2, 4, 3}, record);
   EXPECT_EQ(bench_.radio.GetFile(0x6F40)->records[1], record);
   EXPECT_THAT(bench_.journal.Entries("OpenDevice"),
               ElementsAre("OpenDevice(RIL1:, 0xC0000000, 3, 3, 4)"));

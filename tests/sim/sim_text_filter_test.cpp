@@ -68,5 +68,63 @@ TEST(EditFilter, ATextOf512CharactersIsHandled) {
   EXPECT_TRUE(FilterEditText(EditFilter::kNumber, text + u"2345", 600) == text + u"2");
 }
 
+TEST(PrepareDialString, TakesOutEveryPlusAndMakesWaitsPauses) {
+  std::u16string text = u"+44w1W";
+  EXPECT_EQ(PrepareDialString(text), 1);
+  EXPECT_TRUE(text == u"44p1p");
+  text = u"44";
+  EXPECT_EQ(PrepareDialString(text), 0);
+  EXPECT_TRUE(text == u"44");
+  text = u"+4+4+";
+  EXPECT_EQ(PrepareDialString(text), 1);
+  EXPECT_TRUE(text == u"44");
+  text = u"P";
+  EXPECT_EQ(PrepareDialString(text), 0);
+  EXPECT_TRUE(text == u"P");
+  text.clear();
+  EXPECT_EQ(PrepareDialString(text), 0);
+}
+
+TEST(FoldFullWidth, MakesFullWidthDialCharactersPlain) {
+  std::u16string text =
+      u"\uFF10\uFF11\uFF12\uFF13\uFF14\uFF15\uFF16\uFF17\uFF18\uFF19"
+      u"\uFF03\uFF0A\uFF0B\uFF30\uFF50";
+  FoldFullWidth(text);
+  EXPECT_TRUE(text == u"0123456789#*+pp");
+  text = u"1a\uFF0F\uFF1A\uFF37P";
+  FoldFullWidth(text);
+  EXPECT_TRUE(text == u"1a\uFF0F\uFF1A\uFF37P");
+}
+
+TEST(FoldFullWidth, LooksAt256Characters) {
+  std::u16string text(257, u'\uFF11');
+  FoldFullWidth(text);
+  EXPECT_TRUE(text == std::u16string(256, u'1') + u'\uFF11');
+}
+
+TEST(IsDialChar, TakesDigitsSignsAndASmallP) {
+  for (const char16_t character : std::u16string_view(u"0123456789*#+p")) {
+    EXPECT_EQ(IsDialChar(character), 1);
+  }
+  for (const char16_t character : std::u16string_view(u"PwW/:aA -()\uFF11")) {
+    EXPECT_EQ(IsDialChar(character), 0);
+  }
+}
+
+TEST(KeepDialChars, DropsEverythingElse) {
+  std::u16string text = u"+1 (2)-p P#";
+  KeepDialChars(text);
+  EXPECT_TRUE(text == u"+12p#");
+  text = u"abc";
+  KeepDialChars(text);
+  EXPECT_TRUE(text.empty());
+}
+
+TEST(KeepDialChars, LooksAt256Characters) {
+  std::u16string text = std::u16string(255, u'x') + u"12";
+  KeepDialChars(text);
+  EXPECT_TRUE(text == u"1");
+}
+
 }  // namespace
 }  // namespace kelpin::sim

@@ -117,23 +117,6 @@ TEST(AdnNumber, StandsInTheLast14BytesBothWays) {
   }
 }
 
-TEST(PrepareDialString, TakesOutEveryPlusAndMakesWaitsPauses) {
-  std::u16string text = u"+44w1W";
-  EXPECT_EQ(PrepareDialString(text), 1);
-  EXPECT_TRUE(text == u"44p1p");
-  text = u"44";
-  EXPECT_EQ(PrepareDialString(text), 0);
-  EXPECT_TRUE(text == u"44");
-  text = u"+4+4+";
-  EXPECT_EQ(PrepareDialString(text), 1);
-  EXPECT_TRUE(text == u"44");
-  text = u"P";
-  EXPECT_EQ(PrepareDialString(text), 0);
-  EXPECT_TRUE(text == u"P");
-  text.clear();
-  EXPECT_EQ(PrepareDialString(text), 0);
-}
-
 TEST(NumberEncoders, ANumberWithAPlusIsInternational) {
   for (const std::u16string_view number : {u"+4412", u"44+12", u"4412+"}) {
     std::u16string text(number);
@@ -411,47 +394,6 @@ TEST(NumberDecoders, UseTheRoomTheirResultHas) {
   EXPECT_EQ(text.size(), 21u);
   DecodeAdnNumber(Response(Padded(Bytes("03 91 44 21"), 10)), text, 14, 20);
   EXPECT_EQ(text.data(), before);
-}
-
-TEST(FoldFullWidth, MakesFullWidthDialCharactersPlain) {
-  std::u16string text =
-      u"\uFF10\uFF11\uFF12\uFF13\uFF14\uFF15\uFF16\uFF17\uFF18\uFF19"
-      u"\uFF03\uFF0A\uFF0B\uFF30\uFF50";
-  FoldFullWidth(text);
-  EXPECT_TRUE(text == u"0123456789#*+pp");
-  text = u"1a\uFF0F\uFF1A\uFF37P";
-  FoldFullWidth(text);
-  EXPECT_TRUE(text == u"1a\uFF0F\uFF1A\uFF37P");
-}
-
-TEST(FoldFullWidth, LooksAt256Characters) {
-  std::u16string text(257, u'\uFF11');
-  FoldFullWidth(text);
-  EXPECT_TRUE(text == std::u16string(256, u'1') + u'\uFF11');
-}
-
-TEST(IsDialChar, TakesDigitsSignsAndASmallP) {
-  for (const char16_t character : std::u16string_view(u"0123456789*#+p")) {
-    EXPECT_EQ(IsDialChar(character), 1);
-  }
-  for (const char16_t character : std::u16string_view(u"PwW/:aA -()\uFF11")) {
-    EXPECT_EQ(IsDialChar(character), 0);
-  }
-}
-
-TEST(KeepDialChars, DropsEverythingElse) {
-  std::u16string text = u"+1 (2)-p P#";
-  KeepDialChars(text);
-  EXPECT_TRUE(text == u"+12p#");
-  text = u"abc";
-  KeepDialChars(text);
-  EXPECT_TRUE(text.empty());
-}
-
-TEST(KeepDialChars, LooksAt256Characters) {
-  std::u16string text = std::u16string(255, u'x') + u"12";
-  KeepDialChars(text);
-  EXPECT_TRUE(text == u"1");
 }
 
 }  // namespace

@@ -41,4 +41,4 @@ format:
 	git ls-files -co --exclude-standard -- '*.cpp' '*.h' | xargs clang-format-14 -i
 
 clean:
-	rm -rf build build-asan build-tsan
+	rm -rf build build-asan build-clang build-tsan

@@ -36,23 +36,38 @@ function(kelpin_library name)
   target_link_libraries(${name} PUBLIC kelpin_flags Threads::Threads ${ARGN})
 endfunction()
 
-# kelpin_test(NAME LABEL LIBS...): a GoogleTest program of every *_test.cpp of the current folder,
-# one CTest test, so that a run costs one process.
+# kelpin_test_options(NAME HEADERS...): how the test cases of a program are compiled; with further
+# headers that most of its files read.
+function(kelpin_test_options name)
+  target_compile_definitions(${name} PRIVATE KELPIN_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+  set_target_properties(${name} PROPERTIES KELPIN_TEST TRUE)
+  # Test cases run once; what they test is optimised as the build says.
+  target_compile_options(${name} PRIVATE -O0 -g1)
+  # These headers are more than half of what each file would read. GCC gains nothing from this.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    target_precompile_headers(${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h> <functional> <map>
+                              <memory> <string> <vector>)
+    if(ARGN)
+      target_precompile_headers(${name} PRIVATE ${ARGN})
+    endif()
+  endif()
+endfunction()
+
+# kelpin_test(NAME LABELS LIBS...): a GoogleTest program of every *_test.cpp of the current folder,
+# one CTest test, so that a run costs one process. Labels: the README's, and `sanitized` for what
+# the sanitizers' builds run beside `core` and `fault`.
 function(kelpin_test name label)
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*_test.cpp)
   if(NOT sources)
     return()
   endif()
   add_executable(${name} ${sources})
-  target_compile_definitions(${name} PRIVATE KELPIN_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
-  # Test cases run once; what they test is optimised as the build says.
-  target_compile_options(${name} PRIVATE -O0 -g1)
-  # The test library's headers are half of what each file would read. GCC gains nothing from this.
-  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
-    target_precompile_headers(${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h> <functional> <map>
-                              <memory> <string> <vector>)
+  if("kelpin_softcard" IN_LIST ARGN)
+    kelpin_test_options(${name} <nlohmann/json.hpp>)
+  else()
+    kelpin_test_options(${name})
   endif()
   target_link_libraries(${name} PRIVATE ${ARGN} GTest::gmock GTest::gtest_main)
   add_test(NAME ${name} COMMAND ${name})
-  set_tests_properties(${name} PROPERTIES LABELS ${label} TIMEOUT 600)
+  set_tests_properties(${name} PROPERTIES LABELS "${label}" TIMEOUT 600)
 endfunction()

@@ -17,6 +17,9 @@ export UBSAN_OPTIONS=print_stacktrace=1
 # (platform/mutex.h); a bare std::mutex on a test's stack does not, and may be taken for the next one.
 export TSAN_OPTIONS=halt_on_error=1:detect_deadlocks=${KELPIN_LOCK_ORDER:-0}:second_deadlock_stack=1
 
+# What the sanitizers' builds run; they build that and nothing else.
+sanitized='core|fault|sanitized'
+programs() { ctest --test-dir "$1" -N -L "$2" | sed -n 's/^ *Test *#[0-9]*: \(.*_\(tests\|fuzz\)\)$/\1/p'; }
 step() { printf '\n== %s (%ss)\n' "$*" "$SECONDS"; }
 
 step "layers and format"
@@ -30,18 +33,21 @@ cmake --build build --parallel "$jobs"
 
 step "clang build with address and undefined-behaviour sanitizers, and the fuzzers"
 cmake -S . -B build-asan -G Ninja -DCMAKE_CXX_COMPILER=clang++ "${debug[@]}" \
-  -DKELPIN_SANITIZE=address,undefined -DKELPIN_FUZZ=ON -DKELPIN_BENCH=OFF
-cmake --build build-asan --parallel "$jobs"
-ctest --test-dir build-asan -L 'core|fault' --parallel "$jobs"
+  -DKELPIN_SANITIZE=address,undefined -DKELPIN_FUZZ=ON -DKELPIN_QT=OFF -DKELPIN_BENCH=OFF
+mapfile -t targets < <(programs build-asan "$sanitized|fuzz")
+cmake --build build-asan --parallel "$jobs" --target "${targets[@]}" kelpin-event
+ctest --test-dir build-asan -L "$sanitized" --parallel "$jobs"
+
+step "clang's warnings for everything else"
+cmake -S . -B build-clang -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Debug
+scripts/check_clang.py build-clang "$jobs" build-asan
 
 step "clang build with the thread sanitizer"
 cmake -S . -B build-tsan -G Ninja -DCMAKE_CXX_COMPILER=clang++ "${debug[@]}" \
   -DKELPIN_SANITIZE=thread -DKELPIN_QT=OFF -DKELPIN_BENCH=OFF
-# What this build runs, and nothing else.
-mapfile -t targets < <(ctest --test-dir build-tsan -N -L 'core|fault' |
-  sed -n 's/^ *Test *#[0-9]*: \(.*_tests\)$/\1/p')
+mapfile -t targets < <(programs build-tsan "$sanitized")
 cmake --build build-tsan --parallel "$jobs" --target "${targets[@]}" kelpin-event
-ctest --test-dir build-tsan -L 'core|fault' --parallel "$jobs"
+ctest --test-dir build-tsan -L "$sanitized" --parallel "$jobs"
 
 step "fuzzers, $seconds s each"
 scripts/fuzz.sh build-asan "$seconds" "$jobs"

@@ -302,13 +302,15 @@ bool HoldStandardStreams() {
   return true;
 }
 
-// A file that may not grow further is told as a full disk is; unasked, the system ends the program
-// instead. Not ignored: what the program starts would inherit that.
-void OutliveFileSizeLimit() {
+// A file that may not grow further is told as a full disk is, and nobody has to read what is printed
+// to the end; unasked, the system ends the program for either. Not ignored: what the program starts
+// would inherit that.
+void OutliveRefusedWrites() {
   struct sigaction action = {};
   action.sa_handler = [](int) {};
   action.sa_flags = SA_RESTART;
   sigaction(SIGXFSZ, &action, nullptr);
+  sigaction(SIGPIPE, &action, nullptr);
 }
 
 }  // namespace
@@ -318,7 +320,7 @@ int main(int argc, char** argv) {
   if (!HoldStandardStreams()) {
     return start::kExitFailure;
   }
-  OutliveFileSizeLimit();
+  OutliveRefusedWrites();
   int code = 0;
   const std::optional<start::Options> options = start::ReadCommandLine(argc, argv, code);
   if (!options.has_value()) {

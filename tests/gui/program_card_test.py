@@ -56,8 +56,8 @@ class Home:
         for name in ("DISPLAY", "WAYLAND_DISPLAY"):
             self.environment.pop(name, None)
 
-    def start(self, program, *arguments, pin=None, through=()):
-        """`through` is a command that runs the one behind it."""
+    def start(self, program, *arguments, pin=None, through=(), error=subprocess.PIPE):
+        """`through` is a command that runs the one behind it; `error` where it tells of errors."""
         command = [*through, program, "--sim", f"soft:{self.card}", *arguments]
         read = None
         if pin is not None:
@@ -66,7 +66,7 @@ class Home:
             os.close(write)
             command += ["--pin-fd", str(read)]
         process = subprocess.Popen(command, env=self.environment, stdout=subprocess.PIPE,
-                                   stderr=subprocess.PIPE, text=True, preexec_fn=allow_core_files,
+                                   stderr=error, text=True, preexec_fn=allow_core_files,
                                    pass_fds=[] if read is None else [read])
         if read is not None:
             os.close(read)
@@ -189,11 +189,25 @@ def a_limit_on_file_sizes_is_told(program, sample):
         check("contacts.db: " in error, f"the file that cannot be written is named: {error}")
 
 
+def a_reader_that_goes_ends_nothing(program, sample):
+    """Of the log, as of a terminal's that was closed."""
+    with tempfile.TemporaryDirectory() as folder:
+        home = Home(folder, sample, lambda image: None)
+        read, write = os.pipe()
+        os.close(read)
+        process = home.start(program, "--screenshot", os.path.join(folder, "list.png"), error=write)
+        os.close(write)
+        out, _ = finish(process)
+        check(process.returncode == 0, f"the program goes on: {process.returncode}")
+        check("180 entries" in out, "the list is printed")
+
+
 def main():
     program, sample = sys.argv[1:]
     for test in (given_pin_opens_the_card, wrong_given_pin_is_sent_once, last_try_is_kept,
                  what_is_no_pin_is_told, memory_is_private_once_a_pin_is_given,
-                 silent_card_does_not_hold_the_end, a_limit_on_file_sizes_is_told):
+                 silent_card_does_not_hold_the_end, a_limit_on_file_sizes_is_told,
+                 a_reader_that_goes_ends_nothing):
         print(test.__name__)
         test(program, sample)
     sys.exit(1 if FAILURES else 0)

@@ -302,9 +302,9 @@ bool HoldStandardStreams() {
   return true;
 }
 
-// A file that may not grow further is told as a full disk is, and nobody has to read what is printed
-// to the end; unasked, the system ends the program for either. Not ignored: what the program starts
-// would inherit that.
+// A file that may not grow further is told as a full disk is, and nobody has to read what is
+// printed to the end; unasked, the system ends the program for either. Not ignored: what the
+// program starts would inherit that.
 void OutliveRefusedWrites() {
   struct sigaction action = {};
   action.sa_handler = [](int) {};

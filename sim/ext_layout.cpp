@@ -12,6 +12,7 @@ constexpr std::uint8_t kType3Block = 0xAA;
 // Tags of a block's entries, and the type of the first: types follow in the order of the tags.
 constexpr std::uint8_t kFirstFileTag = 0xC0;
 constexpr std::uint8_t kLastFileTag = 0xCB;
+constexpr std::uint8_t kUriTag = 0xCC;  // EF_PURI
 constexpr std::size_t kFileIdSize = 2;
 
 using Bytes = std::span<const std::uint8_t>;
@@ -52,6 +53,9 @@ class ReferenceReader {
       const Bytes value = TakeValue(block);
       if (tag >= kFirstFileTag && tag <= kLastFileTag && value.size() >= kFileIdSize) {
         AddFile(fileClass, static_cast<std::uint32_t>(tag - kFirstFileTag), value);
+      } else if (tag == kUriTag && value.size() >= kFileIdSize) {
+        // No field of the program's, but it has its byte in the index record.
+        AppendType(fileClass, kTypeNone);
       }
     }
   }
@@ -64,16 +68,16 @@ class ReferenceReader {
       type = numbers_ < kNumbers.size() ? kNumbers[numbers_] : kTypeNone;
       ++numbers_;
     }
-    if (fileClass == kClassType1) {
-      set_.type1.Append(type);
-    } else if (fileClass == kClassType2) {
-      set_.type2.Append(type);
-    } else {
-      return;
-    }
+    AppendType(fileClass, type);
+    if (fileClass != kClassType1 && fileClass != kClassType2) return;
     for (const FieldSlot slot : kAllFieldSlots) {
       if (TypeOf(slot) == type) SetFile(slot, fileClass, {value[0], value[1]});
     }
+  }
+
+  void AppendType(std::uint32_t fileClass, std::uint32_t type) {
+    if (fileClass == kClassType1) set_.type1.Append(type);
+    if (fileClass == kClassType2) set_.type2.Append(type);
   }
 
   void SetFile(FieldSlot slot, std::uint32_t fileClass, std::array<std::uint8_t, 2> fileId) {

@@ -11,6 +11,7 @@ namespace {
 constexpr std::uint8_t kPadding = 0xFF;
 constexpr std::size_t kDigitsInRecord = 20;
 constexpr std::size_t kNameByte = 0;
+constexpr std::size_t kLengthByte = 1;
 constexpr std::size_t kTonByte = 2;
 constexpr std::size_t kCapabilityByte = 13;
 constexpr std::size_t kExtensionByte = 14;
@@ -53,8 +54,18 @@ std::vector<std::uint8_t> NumberRecord(std::span<const std::uint8_t> old, const 
   record[kNameByte] = name < 0 ? NameOf(old) : static_cast<std::uint8_t>(name);
   record[kCapabilityByte] = old[kCapabilityByte];
   record[kExtensionByte] = extension;
-  if (type2) KeepEntryLink(old, record);
+  // The link of a type-2 record, or what the card has beyond what a number takes.
+  std::copy(old.begin() + kShortestNumberRecord, old.end(), record.begin() + kShortestNumberRecord);
   return record;
+}
+
+void KeepUneditedNumber(std::span<const std::uint8_t> old, std::u16string_view digits,
+                        std::span<std::uint8_t> record) {
+  if (old.size() < kAnrNumberSize || record.size() < kAnrNumberSize) return;
+  std::u16string held;
+  DecodeAnrNumber(old, held, kDigitsInRecord);
+  if (held.empty() || held != digits) return;
+  std::copy(old.begin() + kLengthByte, old.begin() + kCapabilityByte, record.begin() + kLengthByte);
 }
 
 std::vector<std::uint8_t> ExtensionRecord(std::u16string_view rest) {

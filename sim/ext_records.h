@@ -38,6 +38,10 @@ std::uint8_t ExtensionOf(std::span<const std::uint8_t> record);
 // too short to be one.
 std::vector<std::uint8_t> NumberRecord(std::span<const std::uint8_t> old, const SplitNumber& number,
                                        int name, std::uint8_t extension, bool type2);
+// Gives `record` the type, plan and digits of `old` where that reads as `digits`: the user has not
+// edited the number, and not every type and digit is shown.
+void KeepUneditedNumber(std::span<const std::uint8_t> old, std::u16string_view digits,
+                        std::span<std::uint8_t> record);
 // The extension record for the rest of a number; empty when that does not fit.
 std::vector<std::uint8_t> ExtensionRecord(std::u16string_view rest);
 // A text's record as long as `old`; text that does not fit is cut. Empty for a record without room.

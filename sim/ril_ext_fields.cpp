@@ -144,14 +144,18 @@ bool RilExtPhonebook::ChooseRecord(const Target& target, std::uint32_t& existing
   if (existing != value) existing = kNoRecord;
   record = existing;
   if (existing != kNoRecord) return ReadFieldRecord(target, record, old);
-  for (record = FirstFreeRecord(target.set, target.slot); record != 0;
-       record = FirstFreeRecord(target.set, target.slot)) {
+  for (bool searched = false;;) {
+    record = FirstFreeRecord(target.set, target.slot);
+    if (record == 0) {
+      if (std::exchange(searched, true)) return false;
+      FindFree(target);
+      continue;
+    }
     if (!ReadFieldRecord(target, record, old)) return false;
     if (old.front() == kPadding) return true;
     // Another program took it since the layout was read.
     MarkRecord(target.set, target.slot, record, 1);
   }
-  return false;
 }
 
 bool RilExtPhonebook::FinishWrite(const Target& target, std::uint32_t record,
@@ -163,6 +167,8 @@ bool RilExtPhonebook::FinishWrite(const Target& target, std::uint32_t record,
     return false;
   }
   existing = record;
+  // What the next entry is offered goes by what is free.
+  FindFree(target);
   return true;
 }
 
@@ -192,6 +198,7 @@ bool RilExtPhonebook::StoreNumber(const Target& target, std::uint32_t record, co
     extension = static_cast<std::uint8_t>(first);
     bytes = NumberRecord(old, split, name, extension, target.Type2());
   }
+  if (!isNew) KeepUneditedNumber(old, split.digits, bytes);
   if (!rest.empty() && !WriteExtRecord(kExtensionFile, extension, rest)) return false;
   if (!WriteExtRecord(target.code, record, bytes)) return false;
   return !rest.empty() || oldExtension == kNoReference || ClearExtension(oldExtension);

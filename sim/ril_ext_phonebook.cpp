@@ -154,6 +154,16 @@ void RilExtPhonebook::ReadUsed(std::uint32_t set, FieldSlot slot, PhonebookLayou
   }
 }
 
+void RilExtPhonebook::FindFree(const Target& target) {
+  if (FirstFreeRecord(target.set, target.slot) != 0) return;
+  for (std::uint32_t record = 1; record <= MappedRecords(target.file); ++record) {
+    Record response;
+    if (!ReadExtRecord(target.code, record, response)) continue;
+    const std::span<const std::uint8_t> bytes = RecordBytes(response);
+    if (bytes.empty() || bytes[0] == kPadding) MarkRecord(target.set, target.slot, record, 0);
+  }
+}
+
 bool RilExtPhonebook::Measure(std::uint32_t code, std::uint32_t& length, std::uint32_t& count,
                               bool& told) {
   Record response;
@@ -182,11 +192,19 @@ bool RilExtPhonebook::Loaded() const {
 
 bool RilExtPhonebook::SeesFieldsOf(std::uint32_t location) const {
   const MutexLock lock(layoutLock_);
+  if (!layout_.toldWhole) return false;
+  if (!layout_.loaded) return true;
   std::uint32_t set = 0;
   std::uint32_t record = 0;
-  return layout_.toldWhole &&
-         (!layout_.loaded ||
-          (SplitLocation(location, layout_.adnRecords, set, record) != 0 && set < kPhonebookSets));
+  if (SplitLocation(location, layout_.adnRecords, set, record) == 0 || set >= kPhonebookSets) {
+    return false;
+  }
+  // Where sets differ in size, locations behind the shortest are others than they seem.
+  const SetLayout& files = layout_.sets[set];
+  if (files.type1.count + files.type2.count == 0) return false;
+  return std::ranges::none_of(files.slots, [record](const SlotLayout& file) {
+    return file.fileClass == kClassType1 && file.recordCount != 0 && record > file.recordCount;
+  });
 }
 
 SlotLayout RilExtPhonebook::Slot(std::uint32_t set, FieldSlot slot) const {
@@ -281,14 +299,20 @@ void RilExtPhonebook::MarkRecord(std::uint32_t set, FieldSlot slot, std::uint32_
 
 void RilExtPhonebook::Apply(const Mark& mark, PhonebookLayout& layout) {
   if (mark.set >= kPhonebookSets) return;
-  SetLayout& owner = layout.sets[OwnerOf(mark.set, mark.slot, layout)];
-  SlotLayout& file = owner.Slot(mark.slot);
-  if (mark.record == 0 || mark.record > MappedRecords(file)) return;
-  std::uint8_t& entry = owner.Map(mark.slot)[mark.record];
-  const std::uint8_t used = mark.used != 0 ? 1 : 0;
-  file.usedCount += used;
-  file.usedCount -= entry;
-  entry = used;
+  const std::uint32_t owner = OwnerOf(mark.set, mark.slot, layout);
+  const SlotLayout own = layout.sets[owner].Slot(mark.slot);
+  for (std::uint32_t set = 0; set < kPhonebookSets; ++set) {
+    SlotLayout& file = layout.sets[set].Slot(mark.slot);
+    // Later sets may share a file among them and not with the first.
+    const bool same = set == owner || (file.fileClass == kClassType2 && file.shared == 0 &&
+                                       own.fileClass == kClassType2 && file.fileId == own.fileId);
+    if (!same || mark.record == 0 || mark.record > MappedRecords(file)) continue;
+    std::uint8_t& entry = layout.sets[set].Map(mark.slot)[mark.record];
+    const std::uint8_t used = mark.used != 0 ? 1 : 0;
+    file.usedCount += used;
+    file.usedCount -= entry;
+    entry = used;
+  }
 }
 
 // Index administration ---------------------------------------------------------------------------

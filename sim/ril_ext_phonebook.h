@@ -62,8 +62,8 @@ class RilExtPhonebook : public RilClient {
   bool LoadLayout(const FieldSwitches& switches);
   bool Loaded() const;
   // Whether an entry's fields that are found absent are none. False before a load, for what the
-  // card did not tell of when it was asked for the layout, and beyond the fourth set: the entry may
-  // have fields there that nobody sees.
+  // card did not tell of when it was asked for the layout, beyond the fourth set, and where the
+  // card's sets are not all as large as the first: the entry may have fields that nobody sees.
   bool SeesFieldsOf(std::uint32_t location) const;
 
   // The layout. A set's own file, and the one that it uses: the first set's where it is shared.
@@ -146,6 +146,9 @@ class RilExtPhonebook : public RilClient {
   void MeasureNames(PhonebookLayout& layout);
   void MeasureFiles(const FieldSwitches& switches, PhonebookLayout& layout);
   void ReadUsed(std::uint32_t set, FieldSlot slot, PhonebookLayout& layout);
+  // Reads the used records once more where none is free: the card may have found some meanwhile
+  // that nothing refers to. It looks for them when it has no other.
+  void FindFree(const Target& target) REQUIRES(operation_);
   // `told` becomes false when the card did not say whether there is such a file, or of what size.
   bool Measure(std::uint32_t code, std::uint32_t& length, std::uint32_t& count, bool& told);
   void Publish(PhonebookLayout layout);

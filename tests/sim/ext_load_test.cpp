@@ -306,9 +306,17 @@ TEST_F(ExtLoadUnanswered, EveryFieldIsSeenOfACardThatAnsweredAll) {
   EXPECT_FALSE(book_.SeesFieldsOf(1));
   Load();
   EXPECT_TRUE(book_.SeesFieldsOf(1));
-  EXPECT_TRUE(book_.SeesFieldsOf(16));   // the last of the fourth set
-  EXPECT_FALSE(book_.SeesFieldsOf(17));  // of the fifth
+  EXPECT_TRUE(book_.SeesFieldsOf(8));    // the last of the second set
+  EXPECT_FALSE(book_.SeesFieldsOf(9));   // no files are named for it
+  EXPECT_FALSE(book_.SeesFieldsOf(17));  // of a fifth set
   EXPECT_FALSE(book_.SeesFieldsOf(0));
+}
+
+TEST_F(ExtLoadUnanswered, EntriesBehindAShorterSetsOwnMayHaveFieldsElsewhere) {
+  SetFile(16, 15, 2);  // the second set has two entries, though the first has four
+  Load();
+  EXPECT_TRUE(book_.SeesFieldsOf(6));
+  EXPECT_FALSE(book_.SeesFieldsOf(7));
 }
 
 TEST_F(ExtLoadUnanswered, AQuestionLeftOpenMayHideFields) {

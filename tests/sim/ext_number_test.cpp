@@ -211,6 +211,37 @@ TEST_F(ExtNumberField, TheOldCapabilityIsKept) {
   }
 }
 
+// Neither the type nor a wild digit (nibble D) is shown, so that the user has not edited them.
+TEST_F(ExtNumberField, ANumberThatIsNotEditedKeepsItsTypeAndDigits) {
+  for (const char* part : {"04 91 1A32F4",     // *1234, international
+                           "04 A1 214365",     // 123456, national
+                           "04 81 21DC43"}) {  // 12p?34
+    const ByteVector old = Bytes(std::string("07 ") + part + " FFFFFFFFFFFFFF FF FF");
+    SetRecord(6, 1, old);
+    const std::u16string shown = ReadNumber(kSecond, 1);
+    EXPECT_EQ(book_.WriteNumberField(kSecond, 1, {shown, 3}, true, existing_), 0u);
+    ByteVector expected = old;
+    expected[0] = 3;
+    EXPECT_EQ(Record(6, 1), expected) << part;
+  }
+}
+
+TEST_F(ExtNumberField, AnEditedNumberHasTheTypeThatWasTyped) {
+  const ByteVector old = Bytes("00 04 91 1A32F4 FFFFFFFFFFFFFF FF FF");
+  SetRecord(6, 1, old);
+  EXPECT_EQ(WriteNumber(kSecond, 1, u"*12345", existing_), 0u);
+  EXPECT_EQ(Record(6, 1), Bytes("00 04 81 1A3254 FFFFFFFFFFFFFF FF FF"));
+  SetRecord(6, 1, Bytes("00 04 81 1A32F4 FFFFFFFFFFFFFF FF FF"));
+  EXPECT_EQ(WriteNumber(kSecond, 1, u"+*1234", existing_), 0u);
+  EXPECT_EQ(Record(6, 1), old);
+}
+
+TEST_F(ExtNumberField, ANewNumberHasNotTheTypeThatAFreeRecordHolds) {
+  SetRecord(7, 1, Bytes("FF 04 91 1A32F4 FFFFFFFFFFFFFF FF FF FFFF"));
+  EXPECT_EQ(WriteNumber(kThird, 1, u"*1234", existing_), 0u);
+  EXPECT_EQ(Record(7, 1), Bytes("00 04 81 1A32F4 FFFFFFFFFFFFFF FF FF FFFF"));
+}
+
 TEST_F(ExtNumberField, TheNameIsReadWithTheNumber) {
   SetRecord(6, 1, Bytes("07 05 91 940321F3"));
   NumberField field;

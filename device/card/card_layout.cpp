@@ -187,6 +187,43 @@ std::size_t CardLayout::CodedSets() const {
   return coded;
 }
 
+std::vector<RecordFile*> CardLayout::Extensions() const {
+  std::vector<RecordFile*> files;
+  for (const PhonebookSet& set : sets_) {
+    if (set.ext1 != nullptr && std::find(files.begin(), files.end(), set.ext1) == files.end()) {
+      files.push_back(set.ext1);
+    }
+  }
+  return files;
+}
+
+CardResult CardLayout::FindExtension(std::uint32_t record, RecordFile*& file,
+                                     std::uint8_t& cardRecord) {
+  for (RecordFile* const each : Extensions()) {
+    if (record <= each->Count()) {
+      file = each;
+      cardRecord = static_cast<std::uint8_t>(record);
+      return StatusWord::kOk;
+    }
+    record -= each->Count();
+  }
+  return Extensions().empty() ? StatusWord::kFileNotFound : StatusWord::kRecordNotFound;
+}
+
+bool CardLayout::IsUnlinkable(const RecordFile& file) const {
+  bool named = false;
+  for (const PhonebookSet& set : sets_) {
+    for (const PbrFile& each : set.reference.files) {
+      if (set.folder.Child(each.fileId) != file.Path()) continue;
+      if (each.group != PbrGroup::kType2 || set.reference.Find(PbrTag::kIap) != nullptr) {
+        return false;
+      }
+      named = true;
+    }
+  }
+  return named;
+}
+
 CardResult CardLayout::FindCode(std::uint32_t code, std::uint32_t record, RecordFile*& file,
                                 std::uint8_t& cardRecord) {
   if (record > kMaxRecords) return StatusWord::kRecordNotFound;
@@ -197,7 +234,7 @@ CardResult CardLayout::FindCode(std::uint32_t code, std::uint32_t record, Record
   if (code == kCodeAdn || code == kCodePbr) {
     // The set's own members name them.
   } else if (code == kCodeExt1) {
-    tag = PbrTag::kExt1;
+    return FindExtension(record, file, cardRecord);
   } else if (code == kCodeGroupNames) {
     tag = PbrTag::kGas;
   } else if (code == kCodeNumberNames) {
@@ -243,13 +280,11 @@ CardResult CardLayout::FindCode(std::uint32_t code, std::uint32_t record, Record
     if (record != 0) foundRecord = sets_[record - 1].referenceRecord;
   } else if (code == kCodeAdn) {
     found = set.adn;
-  } else if (code == kCodeExt1) {
-    found = set.ext1;
   } else if (const PbrFile* named =
                  last ? set.reference.FindLast(tag) : set.reference.Find(tag, nth)) {
     found = &File(set.folder.Child(named->fileId));
   }
-  if (found == nullptr) return StatusWord::kFileNotFound;
+  if (found == nullptr || IsUnlinkable(*found)) return StatusWord::kFileNotFound;
   if (const CardResult result = found->Load(); !result.Ok()) return result;
   file = found;
   cardRecord = foundRecord;

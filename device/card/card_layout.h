@@ -65,9 +65,14 @@ class CardLayout {
   // False beyond the last location.
   bool Find(std::uint32_t location, EntryPlace& place) const;
 
+  // The different EF_EXT1 of the sets, in the order of the sets; nearly every card has one.
+  std::vector<RecordFile*> Extensions() const;
+
   // The file a code of the file command stands for, and the record of it that the command's record
   // stands for (0 stays 0). Codes tell sets apart by dividing locations by the first set's size, so
   // a set behind one of another size has none. Record n of EF_PBR is that of the nth set in use.
+  // The records of all EF_EXT1 are counted through. A type-2 file of sets without an EF_IAP is
+  // none: nothing can refer to its records.
   CardResult FindCode(std::uint32_t code, std::uint32_t record, RecordFile*& file,
                       std::uint8_t& cardRecord);
   // EF_MSISDN, EF_SDN, EF_EXT1 or EF_EXT3 by its file id: the application's own, else that below DF
@@ -85,6 +90,8 @@ class CardLayout {
   CardResult AddSet(PhonebookSet set, std::uint16_t adnId);
   CardResult FindBeside(std::uint16_t id, RecordFile*& file);
   std::size_t CodedSets() const;
+  CardResult FindExtension(std::uint32_t record, RecordFile*& file, std::uint8_t& cardRecord);
+  bool IsUnlinkable(const RecordFile& file) const;
 
   CardFiles& files_;
   bool discovered_ = false;

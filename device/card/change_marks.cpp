@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "device/card/adn_record.h"
+#include "device/card/told_extension.h"
 
 namespace kelpin::device::card {
 namespace {
@@ -17,7 +18,6 @@ constexpr std::uint32_t kLastUid = 0xFFFE;  // FFFF is what a record that was ne
 constexpr std::uint32_t kLastSynchronisation = 0xFFFFFFFE;
 constexpr std::uint8_t kModified = 0x01;  // EF_PBC, first byte
 constexpr std::size_t kControlLength = 2;
-constexpr std::size_t kAnrExtension = 14;
 
 using Bytes = std::span<const std::uint8_t>;
 
@@ -104,8 +104,8 @@ std::uint32_t ChangeMarks::HolderOfExtension(const RecordFile& file, std::uint8_
       for (std::uint32_t row = 1; row <= numbers.Count(); ++row) {
         const auto number = static_cast<std::uint8_t>(row);
         const auto known = numbers.Known(number);
-        if (known && known->size() > kAnrExtension && (*known)[0] != 0xFF &&
-            (*known)[kAnrExtension] == record) {
+        if (known && known->size() > kNumberExtension && (*known)[0] != 0xFF &&
+            (*known)[kNumberExtension] == record) {
           return Holder(numbers, number);
         }
       }

@@ -16,7 +16,7 @@ bool IsGroup(std::uint8_t tag) {
 
 bool IsFileTag(std::uint8_t tag) {
   return tag >= static_cast<std::uint8_t>(PbrTag::kAdn) &&
-         tag <= static_cast<std::uint8_t>(PbrTag::kCcp1);
+         tag <= static_cast<std::uint8_t>(PbrTag::kPuri);
 }
 
 void ParseGroup(PbrGroup group, std::span<const std::uint8_t> bytes, PbrSet& set) {

@@ -22,6 +22,7 @@ enum class PbrTag : std::uint8_t {
   kUid = 0xC9,
   kEmail = 0xCA,
   kCcp1 = 0xCB,
+  kPuri = 0xCC,
 };
 
 // How a file's records belong to an entry: 1 by the same record number, 2 through EF_IAP, 3 by a

@@ -6,6 +6,7 @@
 #include "device/card/adn_record.h"
 #include "device/card/references.h"
 #include "device/card/status_map.h"
+#include "device/card/told_extension.h"
 
 namespace kelpin::device::card {
 namespace {
@@ -129,27 +130,41 @@ SimResult PhonebookFiles::IsHidden(std::uint32_t location, bool& hidden) {
   return SimResult::kOk;
 }
 
-SimResult PhonebookFiles::Extensions(std::uint32_t& count, RecordSet& used) {
+SimResult PhonebookFiles::Extensions(const PhonebookSet* set, std::uint32_t& count,
+                                     RecordSet& used) {
   if (const CardResult result = layout_.Discover(); !result.Ok()) return ToSimResult(result);
-  RecordFile* file = layout_.Sets().front().ext1;
-  if (file == nullptr) {
-    count = 0;
-    used.reset();
-    return SimResult::kOk;
+  if (set == nullptr) set = &layout_.Sets().front();
+  std::uint32_t total = 0;
+  for (const RecordFile* const file : layout_.Extensions()) total += file->Count();
+  total = std::min<std::uint32_t>(total, kMaxRecords);
+  RecordSet taken;
+  taken.set();
+  if (set->ext1 != nullptr) {
+    RecordSet inUse;
+    if (const SimResult result = ExtensionsInUse(*set, inUse); !Succeeded(result)) return result;
+    const std::uint32_t before = ExtensionsBefore(layout_, *set);
+    for (std::uint32_t record = 1; record <= set->ext1->Count(); ++record) {
+      if (before + record <= total) taken[before + record] = inUse[record];
+    }
   }
+  count = total;
+  used = taken;
+  return SimResult::kOk;
+}
+
+SimResult PhonebookFiles::ExtensionsInUse(const PhonebookSet& set, RecordSet& used) {
   RecordSet inUse;
-  const CardResult result = ExtensionFile(*file).InUse(inUse);
+  const CardResult result = ExtensionFile(*set.ext1).InUse(inUse);
   if (!result.Ok()) return ToSimResult(result);
-  const std::size_t freeRecords = file->Count() - inUse.count();
-  if (freeRecords < kLongNumbers && layout_.Sets().front().referenceRecord != 0) {
+  const std::size_t freeRecords = set.ext1->Count() - inUse.count();
+  if (freeRecords < kLongNumbers && set.referenceRecord != 0) {
     // Left behind by a change that was cut short. On a GSM card others may keep numbers there.
     RecordSet referenced;
-    const CardResult asked = ExtensionReferences(layout_, *file, nullptr, inUse, referenced);
+    const CardResult asked = ExtensionReferences(layout_, *set.ext1, nullptr, inUse, referenced);
     if (asked.Error() != TransportError::kNone) return ToSimResult(asked);
     if (asked.Ok()) inUse &= referenced;
   }
   used = inUse;
-  count = file->Count();
   return SimResult::kOk;
 }
 

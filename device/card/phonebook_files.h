@@ -38,10 +38,12 @@ class PhonebookFiles {
   platform::SimResult Read(std::uint32_t location, PhonebookEntry& entry);
   // EF_PBC says that the entry is hidden. False where the card has no such file.
   platform::SimResult IsHidden(std::uint32_t location, bool& hidden);
-  // Records of the first set's EF_EXT1 that are in use by their content. Where too few are left for
-  // the long numbers of one entry, only those that something refers to, which costs a command for
-  // each entry with such fields. `used` has one bit a record, from bit 1.
-  platform::SimResult Extensions(std::uint32_t& count, RecordSet& used);
+  // Records of EF_EXT1 that an entry of `set` (null: the first) cannot have for a number: those of
+  // its own that are in use by their content and, where sets have several such files, which are
+  // counted through, all of the others. Where too few are left for the long numbers of one entry,
+  // what nothing refers to is free as well, which costs a command for each entry with such fields.
+  // `used` has one bit a record, from bit 1.
+  platform::SimResult Extensions(const PhonebookSet* set, std::uint32_t& count, RecordSet& used);
   // Short messages stored and places for them; asked of the card each time.
   platform::SimResult Messages(std::uint32_t& used, std::uint32_t& total);
 
@@ -51,6 +53,7 @@ class PhonebookFiles {
  private:
   CardResult LearnUsed(const PhonebookSet& set);
   CardResult LearnShown(RecordFile& control);
+  platform::SimResult ExtensionsInUse(const PhonebookSet& set, RecordSet& used);
 
   CardLayout layout_;
   ChangeMarks marks_;

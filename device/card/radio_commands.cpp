@@ -8,6 +8,7 @@
 #include "device/card/references.h"
 #include "device/card/shown_text.h"
 #include "device/card/status_map.h"
+#include "device/card/told_extension.h"
 
 namespace kelpin::device::card {
 namespace {
@@ -60,6 +61,25 @@ RadioAnswer SimAnswer(StatusWord word, std::span<const std::uint8_t> bytes) {
 RadioAnswer Refused(const CardResult& said) {
   if (said.Error() != TransportError::kNone || said.Ok()) return RadioAnswer{};
   return SimAnswer(said.Word(), {});
+}
+
+bool IsExtension(const CardLayout& layout, const RecordFile& file) {
+  return std::ranges::any_of(layout.Sets(),
+                             [&](const PhonebookSet& set) { return set.ext1 == &file; });
+}
+
+// A record as clients read it.
+std::vector<std::uint8_t> Told(CardLayout& layout, RecordFile& file, std::uint8_t record,
+                               std::span<const std::uint8_t> bytes) {
+  std::vector<std::uint8_t> told(bytes.begin(), bytes.end());
+  if (bytes.empty() || bytes[0] == 0xFF) return told;
+  if (IsLeftBehind(layout, file, record)) return std::vector<std::uint8_t>(bytes.size(), 0xFF);
+  if (const auto text = FindShownText(layout, file)) return ToldRecord(*text, bytes);
+  const PhonebookSet* const set = FindNumbers(layout, file);
+  if (set != nullptr && told.size() > kNumberExtension) {
+    told[kNumberExtension] = ToldExtension(layout, *set, told[kNumberExtension]);
+  }
+  return told;
 }
 
 }  // namespace
@@ -137,13 +157,7 @@ RadioAnswer RadioCommands::ReadRecord(const Find& find) {
     std::span<const std::uint8_t> bytes;
     if (said.Ok()) said = file->Read(record, bytes);
     if (!said.Ok()) return ToSimResult(said);
-    std::vector<std::uint8_t> told(bytes.begin(), bytes.end());
-    if (!bytes.empty() && bytes[0] != 0xFF && IsLeftBehind(layout, *file, record)) {
-      std::fill(told.begin(), told.end(), std::uint8_t{0xFF});
-    } else if (const auto text = FindShownText(layout, *file)) {
-      told = ToldRecord(*text, bytes);
-    }
-    answer = SimAnswer(StatusWord::kOk, told);
+    answer = SimAnswer(StatusWord::kOk, Told(layout, *file, record, bytes));
     return SimResult::kOk;
   });
   return Succeeded(result) ? answer : Refused(said);
@@ -154,9 +168,7 @@ CardResult RadioCommands::IsUnclaimed(RecordFile& file, std::uint8_t record, boo
   std::span<const std::uint8_t> bytes;
   if (const CardResult result = file.Read(record, bytes); !result.Ok()) return result;
   unclaimed = !bytes.empty() && bytes[0] != 0xFF && IsUnlinked(layout, file, record);
-  const bool isExtension = std::ranges::any_of(
-      layout.Sets(), [&](const PhonebookSet& set) { return set.ext1 == &file; });
-  if (!isExtension || ExtensionIsFree(bytes)) return StatusWord::kOk;
+  if (!IsExtension(layout, file) || ExtensionIsFree(bytes)) return StatusWord::kOk;
   RecordSet wanted;
   wanted.set(record);
   RecordSet referenced;
@@ -181,10 +193,22 @@ CardResult RadioCommands::Confirm(RecordFile& file, std::uint8_t record,
   return result;
 }
 
-CardResult RadioCommands::KeepForm(RecordFile& file, std::uint8_t record,
-                                   std::vector<std::uint8_t>& data) {
-  const auto text = FindShownText(session_.Book().Layout(), file);
-  if (!text || data.empty() || data[0] == 0xFF) return StatusWord::kOk;
+CardResult RadioCommands::Translate(RecordFile& file, std::uint8_t record,
+                                    std::vector<std::uint8_t>& data) {
+  const CardLayout& layout = session_.Book().Layout();
+  if (IsExtension(layout, file) && data.size() < file.Info().recordLength) {
+    // Clients write the thirteen bytes of the standard.
+    data.resize(file.Info().recordLength, 0xFF);
+  }
+  if (data.empty() || data[0] == 0xFF) return StatusWord::kOk;
+  const PhonebookSet* const set = FindNumbers(layout, file);
+  if (set != nullptr && data.size() > kNumberExtension) {
+    const auto extension = HeldExtension(layout, *set, data[kNumberExtension]);
+    if (!extension) return StatusWord::kConditionsNotMet;
+    data[kNumberExtension] = *extension;
+  }
+  const auto text = FindShownText(layout, file);
+  if (!text) return StatusWord::kOk;
   std::span<const std::uint8_t> held;
   const CardResult result = file.Read(record, held);
   if (result.Ok()) data = WantedRecord(*text, held, data);
@@ -192,7 +216,7 @@ CardResult RadioCommands::KeepForm(RecordFile& file, std::uint8_t record,
 }
 
 RadioAnswer RadioCommands::UpdateRecord(const Find& find, std::span<const std::uint8_t> wanted) {
-  std::vector<std::uint8_t> data(wanted.begin(), wanted.end());
+  std::vector<std::uint8_t> data;
   CardResult said = TransportError::kNoCard;
   bool mine = true;
   bool sent = false;
@@ -201,8 +225,9 @@ RadioAnswer RadioCommands::UpdateRecord(const Find& find, std::span<const std::u
     std::uint8_t record = 0;
     said = find(file, record);
     if (!said.Ok()) return said;
-    if (said = Confirm(*file, record, data, mine); !said.Ok() || !mine) return said;
-    if (said = KeepForm(*file, record, data); !said.Ok()) return said;
+    if (said = Confirm(*file, record, wanted, mine); !said.Ok() || !mine) return said;
+    data.assign(wanted.begin(), wanted.end());
+    if (said = Translate(*file, record, data); !said.Ok()) return said;
     said = session_.Book().Marks().BeforeRecord(*file, record, data);
     if (said.Error() != TransportError::kNone) return said;
     sent = true;
@@ -277,9 +302,19 @@ RadioAnswer RadioCommands::FileCommand(const platform::RilSimFileCommand& comman
   CardLayout& layout = session_.Book().Layout();
   const auto find = [&](RecordFile*& file, std::uint8_t& record) -> CardResult {
     if (onRecord && command.record == 0) return StatusWord::kRecordNotFound;
-    return layout.FindCode(command.fileCode, command.record, file, record);
+    const CardResult result = layout.FindCode(command.fileCode, command.record, file, record);
+    if (result.Ok()) {
+      if (const PhonebookSet* const set = FindNumbers(layout, *file))
+        setInHand_ = set->firstLocation;
+    }
+    return result;
   };
   return OnFile(command.operation, find, std::span(command.data).first(update ? length : 0));
+}
+
+const PhonebookSet* RadioCommands::SetInHand() {
+  EntryPlace place;
+  return session_.Book().Layout().Find(setInHand_, place) ? place.set : nullptr;
 }
 
 RadioAnswer RadioCommands::FreeExtensionRecords() {
@@ -287,7 +322,7 @@ RadioAnswer RadioCommands::FreeExtensionRecords() {
   const SimResult result = session_.Read([&] {
     std::uint32_t count = 0;
     RecordSet used;
-    const SimResult asked = session_.Book().Extensions(count, used);
+    const SimResult asked = session_.Book().Extensions(SetInHand(), count, used);
     if (!Succeeded(asked)) return asked;
     answer.data.clear();
     Append(answer.data, count);

@@ -39,8 +39,11 @@ class RadioCommands {
   RadioAnswer GetResponse(const Find& find);
   RadioAnswer ReadRecord(const Find& find);
   RadioAnswer UpdateRecord(const Find& find, std::span<const std::uint8_t> wanted);
-  // Leaves a text that is wanted as it was told in the form in which the card holds it.
-  CardResult KeepForm(RecordFile& file, std::uint8_t record, std::vector<std::uint8_t>& data);
+  // Makes of a record as a client wants it what the card is to hold. A text that is wanted as it
+  // was told stays in the form in which it is held.
+  CardResult Translate(RecordFile& file, std::uint8_t record, std::vector<std::uint8_t>& data);
+  // Whose second or third numbers were last read or written, where that matters; null: nobody's.
+  const PhonebookSet* SetInHand();
   // `mine`: another program neither wrote the record since it was read here nor took it where it
   // was told as free. Costs nothing where there are no other programs.
   CardResult Confirm(RecordFile& file, std::uint8_t record, std::span<const std::uint8_t> data,
@@ -49,6 +52,7 @@ class RadioCommands {
   CardResult IsUnclaimed(RecordFile& file, std::uint8_t record, bool& unclaimed);
 
   CardSession& session_;
+  std::uint32_t setInHand_ = 0;  // a location of it
 };
 
 }  // namespace kelpin::device::card

@@ -6,12 +6,12 @@
 #include <vector>
 
 #include "device/card/adn_record.h"
+#include "device/card/told_extension.h"
 
 namespace kelpin::device::card {
 namespace {
 
 constexpr std::uint16_t kEfLastNumbers = 0x6F44;
-constexpr std::size_t kAnrExtension = 14;  // byte of EF_ANR that names an EF_EXT1 record
 
 // The file or record is not there, or not of the kind that was promised: nothing points from it.
 bool HoldsNothing(const CardResult& result) {
@@ -103,7 +103,7 @@ class ExtensionSearch {
   // `numbers`: records of EF_ANR, not of EF_ADN's kind. `linked`: those that count; null: all.
   CardResult AddAll(RecordFile& file, bool numbers, const RecordSet* linked, std::uint8_t except) {
     CardResult result = file.LearnEmpty();
-    if (result.Ok() && numbers && file.Info().recordLength <= kAnrExtension) return result;
+    if (result.Ok() && numbers && file.Info().recordLength <= kNumberExtension) return result;
     for (std::uint8_t record = 1; result.Ok() && record <= file.Count() && !FoundAll(); ++record) {
       if (record == except || (linked != nullptr && !(*linked)[record])) continue;
       std::span<const std::uint8_t> data;
@@ -114,7 +114,7 @@ class ExtensionSearch {
       }
       if (!result.Ok()) break;
       const std::uint8_t extension =
-          numbers ? RecordReference(data[kAnrExtension]) : AdnView(data).Extension();
+          numbers ? RecordReference(data[kNumberExtension]) : AdnView(data).Extension();
       if (extension == 0) continue;
       std::u16string ignored;
       RecordSet chain;

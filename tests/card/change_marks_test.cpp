@@ -183,7 +183,12 @@ TEST(ChangeMarks, ANewEntryHasNoFieldsOfAFormerOne) {
     ASSERT_EQ(sim.Write(7, u"New", u"123"), SimResult::kOk);
     EXPECT_EQ(card.Record(kIndex, 7), Hex("FFFFFF"));
   }
-  // The e-mail record is free from the next start on: 46 were in use.
+  // Its e-mail record is free for another where no other is: 46 of 100 were in use.
+  {
+    ExtStack stack(card);
+    EXPECT_EQ(stack.book.Slot(0, FieldSlot::kEmail).usedCount, 46u);
+  }
+  for (std::size_t record = 47; record <= 100; ++record) card.SetRecord("4F50", record, {0x61});
   ExtStack stack(card);
   EXPECT_EQ(stack.book.Slot(0, FieldSlot::kEmail).usedCount, 45u);
 }

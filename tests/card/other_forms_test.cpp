@@ -47,6 +47,17 @@ class OtherForm {
     if (entries[0].addressType == platform::kAddressTypeInternational) number.insert(0, 1, u'+');
     return SimClient::Entry(entries[0].text, number.substr(0, platform::kSimTextLength - 1));
   }
+  // As an editor saves where the name alone was edited, or the number alone.
+  void ExpectRenamed(const std::string& alpha, const std::string& number) {
+    const platform::SimPhonebookEntry known = Read();
+    EXPECT_EQ(sim_.WriteKnown(1, u"New", known.address, known), SimResult::kOk);
+    EXPECT_EQ(Record(), Padded(Padded(alpha, kAlpha) + number, kRecord));
+  }
+  void ExpectNumbered(const std::u16string& to, const std::string& number) {
+    const platform::SimPhonebookEntry known = Read();
+    EXPECT_EQ(sim_.WriteKnown(1, known.text, to, known), SimResult::kOk);
+    EXPECT_EQ(Record().substr(2 * kAlpha), Padded(number, kRecord - kAlpha));
+  }
   // Whichever of the two the user has seen.
   void ExpectOpenToChange() {
     EXPECT_EQ(sim_.WriteKnown(1, u"Changed", u"5", Read(1)), SimResult::kOk);
@@ -60,6 +71,10 @@ class OtherForm {
   }
 
  private:
+  std::string Record() {
+    nlohmann::json image = card_.Image();
+    return ImageRecord(image, {"7F10", "5F3A", "4F3A"}, 1);
+  }
   static std::string Padded(std::string hex, std::size_t bytes) {
     while (hex.size() < 2 * bytes) hex += "FF";
     return hex;
@@ -77,6 +92,18 @@ TEST(OtherForms, AnInternationalServiceNumberOfOneRun) {
   EXPECT_EQ(std::u16string(form.Read().address), u"*1234");
   EXPECT_EQ(std::u16string(form.Listed().address), u"+*1234");
   form.ExpectOpenToChange();
+}
+
+// Its type is not shown, so that the name alone changes.
+TEST(OtherForms, AnInternationalServiceNumberStaysOneWhenItIsNotEdited) {
+  OtherForm form("426F78", "04911A32F4");
+  form.ExpectRenamed("4E6577", "04911A32F4");
+}
+
+TEST(OtherForms, AServiceNumberThatIsEditedIsWhatWasTyped) {
+  OtherForm form("426F78", "04911A32F4");
+  form.ExpectNumbered(u"*12345", "04811A3254");
+  form.ExpectNumbered(u"+*12345", "04911A3254");
 }
 
 // *21*1234#: read with the '+' before the second run, listed with it in front.

@@ -144,13 +144,15 @@ TEST_F(SharedCard, ARecordBesideTheEntriesThatWasChangedIsNotWrittenOver) {
   EXPECT_EQ(Hex(Record("4F50", 1)), ours);
 }
 
-// E-mail 47 is free. One that nothing refers to is told as free; the other program's reference to
-// it comes before our use of it.
+// E-mails 47 to 100 are free. Where no record is blank, one that nothing refers to is told as free;
+// the other program's reference to it comes before our use of it.
 TEST_F(SharedCard, ARecordLeftBehindIsNotTakenFromAnEntryThatHasItByNow) {
   const auto theirs = Padded("6F406F", 42);
-  ASSERT_EQ(
-      RadioClient::Status(other.radio.File(platform::kRilSimUpdateRecord, kEmails, 47, theirs)),
-      kDone);
+  for (std::uint32_t record = 47; record <= 100; ++record) {
+    ASSERT_EQ(RadioClient::Status(
+                  other.radio.File(platform::kRilSimUpdateRecord, kEmails, record, theirs)),
+              kDone);
+  }
   const auto told = RadioClient::Bytes(mine.radio.File(platform::kRilSimReadRecord, kEmails, 47));
   EXPECT_EQ(told, Padded("", 42));
   ASSERT_EQ(RadioClient::Status(
@@ -162,12 +164,14 @@ TEST_F(SharedCard, ARecordLeftBehindIsNotTakenFromAnEntryThatHasItByNow) {
   EXPECT_EQ(Hex(Record("4F50", 47)), theirs);
 }
 
-// The same for the rest of a long number: extension record 5 is free.
+// The same for the rest of a long number: extension records 5 to 20 are free.
 TEST_F(SharedCard, AnExtensionThatAnotherEntryHasByNowIsNotTaken) {
   const auto rest = Padded("020111", 13);
-  ASSERT_EQ(
-      RadioClient::Status(other.radio.File(platform::kRilSimUpdateRecord, kExtensions, 5, rest)),
-      kDone);
+  for (std::uint32_t record = 5; record <= 20; ++record) {
+    ASSERT_EQ(RadioClient::Status(
+                  other.radio.File(platform::kRilSimUpdateRecord, kExtensions, record, rest)),
+              kDone);
+  }
   // Our look at it finds it referred to by nothing.
   EXPECT_EQ(mine.radio.Ask(platform::kRilDevFreeExtensionRecords).code, platform::kRilResultOk);
   ASSERT_EQ(RadioClient::Status(other.radio.File(platform::kRilSimUpdateRecord, 6, 17,

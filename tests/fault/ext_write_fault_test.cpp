@@ -248,29 +248,79 @@ class ExtWriteFault : public testing::TestWithParam<Image> {
     return text.str();
   }
 
-  // The free records are those that nothing refers to.
-  void ExpectNothingLost(Program& program, const ImageCheck& check, const MemoryCard& card) {
-    std::uint32_t first = 0, second = 0;
-    ASSERT_TRUE(program.Book().GetFreeExtRecords(first, second));
-    std::uint32_t expected = 0;
-    const std::size_t records =
-        card.Image().Find(sample_->folder + sample_->ext1)->content->RecordCount();
-    for (std::uint32_t record = 1; record <= records && expected == 0; ++record) {
-      if (check.References(sample_->ext1, record) == 0) expected = record;
+  bool HasBlank(const softcard::CardImage& image, const std::string& id) const {
+    const softcard::FileContent& file = *image.Find(sample_->folder + id)->content;
+    for (std::size_t record = 1; record <= file.RecordCount(); ++record) {
+      if (!InUse(file, record)) return true;
     }
-    EXPECT_EQ(first, expected);
+    return false;
+  }
+
+  // What the program tells as used. With `all`, what nothing refers to is free; otherwise only in
+  // files without a blank record, for it is looked for where there is no other.
+  void ExpectUsed(Program& program, const softcard::CardImage& image, bool all) {
+    const ImageCheck check(image, *sample_);
+    const auto used = [&](const std::string& id, std::size_t record) {
+      const bool byContent = !all && HasBlank(image, id);
+      return byContent ? InUse(*image.Find(sample_->folder + id)->content, record)
+                       : check.References(id, record) > 0;
+    };
     for (std::uint32_t set = 0; set < sample_->sets.size(); ++set) {
       for (const auto& [slot, code] : kFields) {
         const sim::SlotLayout file = program.Book().Slot(set, slot);
         if (file.fileClass != sim::kClassType2 || file.shared != 0) continue;
         const std::string id = HexId(static_cast<unsigned>(file.fileId[0] << 8 | file.fileId[1]));
-        std::uint32_t used = 0;
+        std::uint32_t expected = 0;
         for (std::uint32_t record = 1; record <= file.recordCount; ++record) {
-          if (check.References(id, record) > 0) ++used;
+          if (used(id, record)) ++expected;
         }
-        EXPECT_EQ(file.usedCount, used) << id;
+        EXPECT_EQ(file.usedCount, expected) << id;
       }
     }
+  }
+
+  // The first record that a long number would be offered.
+  void ExpectFirstExtension(Program& program, const softcard::CardImage& image) {
+    const ImageCheck check(image, *sample_);
+    const softcard::FileContent& file = *image.Find(sample_->folder + sample_->ext1)->content;
+    std::vector<std::uint32_t> blank, unreferenced;
+    for (std::uint32_t record = 1; record <= file.RecordCount(); ++record) {
+      if (!InUse(file, record)) blank.push_back(record);
+      if (check.References(sample_->ext1, record) == 0) unreferenced.push_back(record);
+    }
+    // An entry has two long numbers beside its own.
+    const std::vector<std::uint32_t>& offered = blank.size() < 2 ? unreferenced : blank;
+    std::uint32_t first = 0, second = 0;
+    ASSERT_TRUE(program.Book().GetFreeExtRecords(first, second));
+    EXPECT_EQ(first, offered.empty() ? 0 : offered.front());
+  }
+
+  // Writes something that nothing refers to into every blank record beside the entries.
+  void FillBlanks(softcard::CardImage& image) {
+    std::set<std::string> files = {sample_->ext1};
+    for (const SampleSet& set : sample_->sets) files.insert(set.type2.begin(), set.type2.end());
+    for (const std::string& id : files) {
+      softcard::FileContent& file = *image.Find(sample_->folder + id)->content;
+      for (std::size_t record = 1; record <= file.RecordCount(); ++record) {
+        if (InUse(file, record)) continue;
+        const auto first = (record - 1) * file.recordLength;
+        file.bytes[first] = 0x02;
+        file.bytes[first + 1] = 0x01;
+      }
+    }
+  }
+
+  // Every record that nothing refers to is free for the next entry: at once where the card has no
+  // other, and otherwise as soon as the others are taken.
+  void ExpectNothingLost(Program& program, const MemoryCard& card) {
+    ExpectUsed(program, card.Image(), false);
+    ExpectFirstExtension(program, card.Image());
+    if (ImageCheck(card.Image(), *sample_).orphans.empty()) return;
+    const auto full = MemoryCard::FromText(softcard::WriteImage(card.Image()));
+    FillBlanks(full->Image());
+    Program later(*full);
+    ExpectUsed(later, full->Image(), true);
+    ExpectFirstExtension(later, full->Image());
   }
 
   void RunFaulty(const Change& change, std::uint32_t command, Fault fault) {
@@ -298,7 +348,7 @@ class ExtWriteFault : public testing::TestWithParam<Image> {
       for (std::size_t field = 0; field < now.size(); ++field) {
         EXPECT_TRUE(IsEither(now[field], before_[field], after_[field], change.mayMix)) << field;
       }
-      ExpectNothingLost(program, check, *card);
+      ExpectNothingLost(program, *card);
       // Once more, and it is done as it should have been.
       EXPECT_EQ(change.run(program), result_);
     }

@@ -20,7 +20,7 @@ class CardEvents final : public device::card::CardChannelListener {
 
   // The events so far, once there are that many or they do not come.
   std::vector<std::string> Await(std::size_t count) {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     const MutexLock hold(lock_);
     while (events_.size() < count && came_.wait_until(lock_, limit) != std::cv_status::timeout) {
     }

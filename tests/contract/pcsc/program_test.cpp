@@ -27,12 +27,13 @@ class ReaderProgramTest : public ReaderCardTest {
 
   // The exit code. What was printed is in `written`, messages of boxes among it.
   int Run(const std::string& arguments, const std::string& environment = "") {
-    const std::string home = folder.Path().string();
-    const std::string output = home + "/output";
+    const std::string home = "'" + folder.Path().string() + "'";
+    const std::string output = (folder.Path() / "output").string();
     const std::string command =
-        "cd " + home + " && env QT_QPA_PLATFORM=offscreen XDG_RUNTIME_DIR=" + home +
+        "cd " + home +
+        " && env LC_ALL=C.UTF-8 LANGUAGE= QT_QPA_PLATFORM=offscreen XDG_RUNTIME_DIR=" + home +
         " XDG_STATE_HOME=" + home + " XDG_CONFIG_HOME=" + home + " XDG_DATA_HOME=" + home + " " +
-        environment + " timeout 60 '" KELPIN_PROGRAM "' " + arguments + " >" + output + " 2>&1";
+        environment + " timeout 60 '" KELPIN_PROGRAM "' " + arguments + " >'" + output + "' 2>&1";
     const int status = std::system(command.c_str());
     std::ifstream in(output);
     written.assign(std::istreambuf_iterator<char>(in), {});
@@ -73,7 +74,7 @@ TEST_F(ReaderProgramTest, AReaderThatIsNotThereIsSaidWithThoseThatAre) {
 }
 
 TEST_F(ReaderProgramTest, WithoutTheServiceItIsSaidWhatToDo) {
-  const std::string none = "PCSCLITE_CSOCK_NAME=" + (folder.Path() / "none").string();
+  const std::string none = "PCSCLITE_CSOCK_NAME='" + (folder.Path() / "none").string() + "'";
   for (const char* arguments : {"--sim pcsc --screenshot list.png", "--list-readers"}) {
     EXPECT_EQ(Run(arguments, none), 1) << arguments;
     EXPECT_THAT(written, HasSubstr("The smart-card service (pcscd) is not running.")) << arguments;

@@ -31,14 +31,15 @@ struct World {
     Start();
   }
 
-  // Until the readers are there: another program may have taken a port meanwhile.
+  // Until the readers are there: another program may have taken a port meanwhile, or the machine
+  // be slow.
   void Start() {
     std::string why;
-    for (int attempt = 0; attempt < 5; ++attempt) {
+    for (auto patience = 2s; patience < 60s; patience *= 2) {
       if (!daemon.Start(why)) continue;
       device::pcsc::Context context;
       std::vector<device::pcsc::Reader> readers;
-      const auto limit = std::chrono::steady_clock::now() + 2s;
+      const auto limit = std::chrono::steady_clock::now() + patience;
       while (std::chrono::steady_clock::now() < limit) {
         if (context.Establish() == Verdict::kDone &&
             context.ListReaders(readers) == Verdict::kDone && readers.size() == 2) {
@@ -128,14 +129,15 @@ bool AwaitCard(const std::string& reader, bool present) {
   if (context.Establish() != Verdict::kDone) return false;
   SCARD_READERSTATE state = {};
   state.szReader = reader.c_str();
-  state.dwCurrentState = SCARD_STATE_UNAWARE;
-  const auto limit = std::chrono::steady_clock::now() + 10s;
+  const auto limit = std::chrono::steady_clock::now() + 60s;
   while (std::chrono::steady_clock::now() < limit) {
-    if (SCardGetStatusChange(context.Handle(), 1000, &state, 1) == SCARD_S_SUCCESS &&
+    // Asked anew each time: a wait that is over just when the card comes or goes may tell nothing.
+    state.dwCurrentState = SCARD_STATE_UNAWARE;
+    if (SCardGetStatusChange(context.Handle(), 0, &state, 1) == SCARD_S_SUCCESS &&
         ((state.dwEventState & SCARD_STATE_PRESENT) != 0) == present) {
       return true;
     }
-    state.dwCurrentState = state.dwEventState & ~static_cast<DWORD>(SCARD_STATE_CHANGED);
+    std::this_thread::sleep_for(5ms);
   }
   return false;
 }
@@ -163,7 +165,8 @@ void ReaderCard::SetPlan(Plan plan) {
 void ReaderCard::Plug() {
   Unplug();
   std::string why;
-  link_ = tools::VpcdLink::Connect("127.0.0.1", std::to_string(Daemon::Get().Port(slot_)), 5s, why);
+  link_ =
+      tools::VpcdLink::Connect("127.0.0.1", std::to_string(Daemon::Get().Port(slot_)), 60s, why);
   ASSERT_NE(link_, nullptr) << why;
   thread_ = std::thread([this, link = link_.get()] {
     static_cast<void>(link->Serve(*this, 0ms));

@@ -49,7 +49,7 @@ class OtherProgram {
   DWORD protocol_ = 0;
 };
 
-// Whether a card is in the reader, as the daemon says; waits some seconds until it is so.
+// Whether a card is in the reader, as the daemon says; waits a minute at most until it is so.
 bool AwaitCard(const std::string& reader, bool present);
 
 // What becomes of a command that the reader hands to the card.

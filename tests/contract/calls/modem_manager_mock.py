@@ -3,7 +3,7 @@
 
 Parameters: "modems", a list of [number, can speak]; "create" and "start", what becomes of the
 question: "ok", "refused", "vanish" (the service ends without an answer), "silent" (no answer),
-"late" (answered after half a second).
+"late" (answered as soon as the file named by "gate" is there).
 """
 import os
 import time
@@ -22,14 +22,14 @@ VOICE = MODEM + ".Voice"
 CALL = "org.freedesktop.ModemManager1.Call"
 
 
-def answer(way):
+def answer(way, gate=None):
     if way == "refused":
         raise dbus.exceptions.DBusException(
             "no network", name="org.freedesktop.ModemManager1.Error.Core.WrongState")
     if way == "vanish":
         os._exit(0)
-    if way == "late":
-        time.sleep(0.5)
+    while way == "late" and not os.path.exists(gate):
+        time.sleep(0.005)
     if way == "silent":
         time.sleep(600)
 
@@ -46,7 +46,7 @@ def load(mock, parameters):
         made.append(path)
         pairs = [f"{key}={value}" for key, value in sorted(properties.items())]
         print("create", modem.path, *pairs, flush=True)
-        answer(parameters.get("create"))
+        answer(parameters.get("create"), parameters.get("gate"))
         mock.AddObject(path, CALL, {}, [("Start", "", "", start)])
         return dbus.ObjectPath(path)
 

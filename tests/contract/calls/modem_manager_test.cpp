@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QThread>
 #include <chrono>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -15,6 +16,7 @@
 #include "device/calls/modem_manager_telephone.h"
 #include "tests/contract/calls/modem_manager_bench.h"
 #include "tests/contract/telephone_contract.h"
+#include "tests/device/scratch_folder.h"
 
 namespace kelpin::contract {
 namespace {
@@ -175,17 +177,32 @@ TEST_F(ModemTest, AServiceThatDoesNotAnswerIsNotWaitedForLongerThanToldTo) {
 
 // The mock serves one question after the other, so that nothing but the second call is left.
 TEST_F(ModemTest, ACallThatIsReadyTooLateIsNeverStarted) {
-  ModemManagerMock service(R"({"modems": [[0, true]], "create": "late"})");
-  Open(std::chrono::milliseconds(200));
-  EXPECT_EQ(Call(u"12"), 1);
-  AwaitTold();
-  EXPECT_THAT(told_, ElementsAre(HasSubstr("does not answer")));
-  const std::unique_ptr<ModemManagerTelephone> impatient = std::move(telephone_);
-  Open();
-  EXPECT_EQ(Call(u"34"), 1);
-  EXPECT_EQ(service.NextLine(), "create /org/freedesktop/ModemManager1/Modem/0 number=12");
-  EXPECT_EQ(service.NextLine(), "create /org/freedesktop/ModemManager1/Modem/0 number=34");
-  EXPECT_EQ(service.NextLine(), "start /org/freedesktop/ModemManager1/Call/1");
+  const test::ScratchFolder folder;
+  const std::string gate = (folder / "gate").string();
+  std::vector<std::string> asked;
+  // A slow machine may have used up the time before the first call is created: once more then.
+  for (const int patience : {200, 2000, 20000}) {
+    std::filesystem::remove(gate);
+    told_.clear();
+    ModemManagerMock service(R"({"modems": [[0, true]], "create": "late", "gate": ")" + gate +
+                             "\"}");
+    Open(std::chrono::milliseconds(patience));
+    EXPECT_EQ(Call(u"12"), 1);
+    AwaitTold();
+    EXPECT_THAT(told_, ElementsAre(HasSubstr("does not answer")));
+    const std::unique_ptr<ModemManagerTelephone> impatient = std::move(telephone_);
+    test::WriteText(gate, "open");
+    Open();
+    EXPECT_EQ(Call(u"34"), 1);
+    asked = {service.NextLine(), service.NextLine()};
+    if (asked.front().ends_with("number=12")) {
+      asked.push_back(service.NextLine());
+      break;
+    }
+  }
+  EXPECT_THAT(asked, ElementsAre("create /org/freedesktop/ModemManager1/Modem/0 number=12",
+                                 "create /org/freedesktop/ModemManager1/Modem/0 number=34",
+                                 "start /org/freedesktop/ModemManager1/Call/1"));
 }
 
 TEST_F(ModemTest, WhileAModemPreparesACallTheWindowGoesOnAndNoSecondOneIsMade) {

@@ -42,6 +42,7 @@
 #include "device/qt/message_window.h"
 #include "device/qt/qt_screen.h"
 #include "device/qt/qt_shell.h"
+#include "platform/wording.h"
 #include "program.h"
 #include "res/ids.h"
 #include "res/language.h"
@@ -72,7 +73,7 @@ std::unique_ptr<desktop::SpdlogLog> OpenLog(const desktop::Folders& folders) {
     log = desktop::SpdlogLog::Open(folders.state, toStandardError, why);
   }
   if (log == nullptr) {
-    std::cerr << "kelpin: no log file: " << why << '\n';
+    std::cerr << "kelpin: " << platform::PrintableLines(why) << '\n';
     log = desktop::SpdlogLog::ToStandardError();
   }
   return log;
@@ -87,8 +88,9 @@ void ChooseLanguage(std::vector<std::string>& notes) {
     std::string why;
     std::vector<std::string> faults;
     std::optional<res::LanguageTexts> texts;
+    res::LanguageSayings sayings;
     if (desktop::ReadDataFile(file, res::kLanguageFileLimit, bytes, why)) {
-      texts = res::ReadLanguage(bytes, faults);
+      texts = res::ReadLanguage(bytes, faults, &sayings);
     } else {
       faults.push_back(why);
     }
@@ -97,6 +99,7 @@ void ChooseLanguage(std::vector<std::string>& notes) {
     }
     if (texts.has_value()) {
       res::UseLanguage(std::move(*texts));
+      platform::UseWording(std::move(sayings));
       const auto word = [](int id) { return std::u16string(res::LoadString(id)); };
       qt::SetButtonWords({word(res::kTextKeyYes), word(res::kTextKeyNo), word(res::kTextKeyOk),
                           word(res::kTextKeyDone)});
@@ -117,7 +120,7 @@ bool HasDisplay() {
 // What Qt cannot go on without, a display that cannot be reached above all, ends the program as any
 // other failure does.
 void TellQtMessage(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text) {
-  std::cerr << text.toStdString() << '\n';
+  std::cerr << platform::PrintableLines(text.toStdString()) << '\n';
   if (type == QtFatalMsg) {
     std::cerr << "kelpin: the display cannot be used; start it in a graphical session, or with "
                  "xvfb-run\n";
@@ -155,8 +158,10 @@ void LeaveCard(card::SimService& card, platform::Log& log, int code) {
     }
   } while (card.Changing() && std::chrono::steady_clock::now() - start < kUpdatePatience);
   const bool changing = card.Changing();
-  std::cerr << "kelpin: the card has not answered"
-            << (changing ? "; an entry was being written: look whether it is as it should be" : "")
+  std::cerr << "kelpin: "
+            << (changing ? platform::Say("the card has not answered; an entry was being written: "
+                                         "look whether it is as it should be")
+                         : platform::Say("the card has not answered"))
             << std::endl;
   log.DebugOutput(changing ? u"[KELPIN]:left a card that has not answered an update.\r\n"
                            : u"[KELPIN]:left a card that has not answered.\r\n");
@@ -196,7 +201,7 @@ int Start(const start::Options& options, char* programName, start::SteadyTime st
   endSignals.Listen();
   const auto fail = [&](const std::string& reason) {
     turn.Release();
-    std::cerr << "kelpin: " << reason << '\n';
+    std::cerr << "kelpin: " << platform::PrintableLines(reason) << '\n';
     if (!picture) {
       screen.MessageBox(0, QString::fromStdString(reason).toStdU16String(), u"Kelpin",
                         ui::kBoxError);
@@ -214,11 +219,13 @@ int Start(const start::Options& options, char* programName, start::SteadyTime st
   }
   app::SecretCode pin;
   if (options.pinDescriptor >= 0 && !ReadGivenPin(options.pinDescriptor, pin)) {
-    std::cerr << "kelpin: --pin-fd gives no PIN; one has 4 to 8 digits\n";
+    std::cerr << "kelpin: " << platform::Say("--pin-fd gives no PIN; one has 4 to 8 digits")
+              << '\n';
   }
   turn.Wait(folders.runtime, kStartPatience);
   if (RaiseRunningCopy(screen)) {
-    return picture ? fail("Kelpin runs already; close it, then take the picture") : 0;
+    return picture ? fail(platform::Say("Kelpin runs already; close it, then take the picture"))
+                   : 0;
   }
   const auto tell = [&screen](const std::string& reason) {
     screen.PostToScreen([&screen, reason] {

@@ -65,10 +65,10 @@ bool Unescape(std::string_view written, std::u16string& text) {
     }
     if (character == U'\\') {
       const char next = at < written.size() ? written[at++] : ' ';
-      if (next != 'n' && next != '\\') {
+      if (next != 'n' && next != '\\' && next != '"') {
         return false;
       }
-      character = next == 'n' ? U'\n' : U'\\';
+      character = next == 'n' ? U'\n' : static_cast<char32_t>(next);
     }
     Append(text, character);
   }
@@ -90,9 +90,8 @@ std::u16string Directives(std::u16string_view pattern) {
   return directives;
 }
 
-// Empty when `text` can stand for the English one of `id`, else why it cannot.
-std::string Refusal(int id, std::u16string_view text) {
-  const std::u16string_view english = EnglishText(id);
+// Empty when `text` can stand for the English one, else why it cannot.
+std::string Refusal(std::u16string_view english, std::u16string_view text) {
   if (english.empty()) {
     return "the program has no such text";
   }
@@ -119,9 +118,101 @@ bool ReadLine(std::string_view line, int& id, std::u16string& text) {
          Unescape(Trim(line.substr(equals + 1)), text);
 }
 
+// A text between quotation marks at the start of `line`, which is cut off it, in both encodings;
+// false when there is none.
+bool TakeQuoted(std::string_view& line, std::string& text, std::u16string& text16) {
+  line = Trim(line);
+  std::size_t end = 1;
+  while (end < line.size() && line[end] != '"') {
+    end += line[end] == '\\' ? 2 : 1;
+  }
+  if (!line.starts_with('"') || end >= line.size()) {
+    return false;
+  }
+  const std::string_view written = line.substr(1, end - 1);
+  line.remove_prefix(end + 1);
+  for (std::size_t at = 0; at < written.size(); ++at) {
+    const bool escaped = written[at] == '\\';
+    at += escaped ? 1 : 0;
+    text.push_back(escaped && written[at] == 'n' ? '\n' : written[at]);
+  }
+  return Unescape(written, text16);
+}
+
+struct Saying {
+  std::string english;
+  std::string text;
+  std::u16string english16;
+  std::u16string text16;
+};
+
+// A line "ENGLISH" = "text"; false when it is none.
+bool ReadSaying(std::string_view line, Saying& saying) {
+  if (!TakeQuoted(line, saying.english, saying.english16)) {
+    return false;
+  }
+  line = Trim(line);
+  if (!line.starts_with('=')) {
+    return false;
+  }
+  line.remove_prefix(1);
+  return TakeQuoted(line, saying.text, saying.text16) && Trim(line).empty();
+}
+
+// The texts of a file, as its lines are read.
+class Reading {
+ public:
+  explicit Reading(std::vector<std::string>& notes) : notes_(notes) {}
+
+  // False at a line that is none.
+  bool Take(std::string_view line, const std::string& where) {
+    int id = 0;
+    std::u16string text;
+    Saying saying;
+    if (ReadSaying(line, saying)) {
+      const std::string refusal =
+          sayings.contains(saying.english) ? kSameAbove : Refusal(saying.english16, saying.text16);
+      if (Keep(refusal, where, '"' + saying.english + '"')) {
+        sayings.emplace(std::move(saying.english), std::move(saying.text));
+      }
+    } else if (ReadLine(line, id, text)) {
+      const std::string refusal = texts.contains(id) ? kSameAbove : Refusal(EnglishText(id), text);
+      if (Keep(refusal, where, std::to_string(id))) {
+        texts.emplace(id, std::move(text));
+      }
+    } else {
+      return false;
+    }
+    return true;
+  }
+
+  void NoteAll() {
+    if (leftOut_ > kLanguageNoteLimit) {
+      notes_.push_back(std::to_string(leftOut_) + " texts are left out in all");
+    }
+  }
+
+  LanguageTexts texts;
+  LanguageSayings sayings;
+
+ private:
+  static constexpr const char* kSameAbove = "a line above is for the same text";
+
+  bool Keep(const std::string& refusal, const std::string& where, const std::string& name) {
+    if (!refusal.empty() && ++leftOut_ <= kLanguageNoteLimit) {
+      notes_.push_back(where + "text " + name + " is left out: " + refusal);
+    }
+    return refusal.empty();
+  }
+
+  std::vector<std::string>& notes_;
+  std::size_t leftOut_ = 0;
+};
+
 }  // namespace
 
-std::optional<LanguageTexts> ReadLanguage(std::string_view bytes, std::vector<std::string>& notes) {
+std::optional<LanguageTexts> ReadLanguage(std::string_view bytes, std::vector<std::string>& notes,
+                                          LanguageSayings* sayings) {
   if (bytes.size() > kLanguageFileLimit) {
     notes.push_back("it is longer than " + std::to_string(kLanguageFileLimit) + " bytes");
     return std::nullopt;
@@ -129,8 +220,7 @@ std::optional<LanguageTexts> ReadLanguage(std::string_view bytes, std::vector<st
   if (bytes.starts_with("\xEF\xBB\xBF")) {
     bytes.remove_prefix(3);
   }
-  LanguageTexts texts;
-  std::size_t leftOut = 0;
+  Reading reading(notes);
   for (std::size_t number = 1; number == 1 || !bytes.empty(); ++number) {
     const std::size_t end = bytes.find('\n');
     std::string_view line = bytes.substr(0, end);
@@ -149,24 +239,17 @@ std::optional<LanguageTexts> ReadLanguage(std::string_view bytes, std::vector<st
     if (Trim(line).empty() || line.starts_with('#')) {
       continue;
     }
-    int id = 0;
-    std::u16string text;
-    if (!ReadLine(line, id, text)) {
-      notes.push_back(where + "this is no line \"NUMBER = text\" in UTF-8");
+    if (!reading.Take(line, where)) {
+      notes.push_back(where +
+                      "this is no line \"NUMBER = text\" or \"\"ENGLISH\" = \"text\"\" in UTF-8");
       return std::nullopt;
     }
-    const std::string refusal =
-        texts.contains(id) ? "a line above has the same number" : Refusal(id, text);
-    if (refusal.empty()) {
-      texts.emplace(id, std::move(text));
-    } else if (++leftOut <= kLanguageNoteLimit) {
-      notes.push_back(where + "text " + std::to_string(id) + " is left out: " + refusal);
-    }
   }
-  if (leftOut > kLanguageNoteLimit) {
-    notes.push_back(std::to_string(leftOut) + " texts are left out in all");
+  reading.NoteAll();
+  if (sayings != nullptr) {
+    *sayings = std::move(reading.sayings);
   }
-  return texts;
+  return std::move(reading.texts);
 }
 
 }  // namespace kelpin::res

@@ -1,7 +1,10 @@
 #include "start/adapters.h"
 
 #include <cstddef>
+#include <filesystem>
 #include <iostream>
+#include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -10,6 +13,7 @@
 #include "device/desktop/desktop_telephone.h"
 #include "device/modem/modem_channel.h"
 #include "device/softcard/soft_channel.h"
+#include "platform/wording.h"
 #if KELPIN_HAS_EDS
 #include "device/contacts/eds/eds_store.h"
 #endif
@@ -41,8 +45,10 @@ std::unique_ptr<card::CardChannel> OpenSoftCard(const std::string& file, std::st
 std::unique_ptr<card::CardChannel> OpenCardReader(const std::string& name, std::string& why) {
   std::unique_ptr<pcsc::PcscChannel> channel = pcsc::PcscChannel::Open(name, why);
   if (channel != nullptr && !channel->HadCard()) {
-    std::cerr << "kelpin: no card in the reader " << channel->ReaderName()
-              << "; put one in and start again\n";
+    std::cerr << "kelpin: "
+              << platform::Say("no card in the reader %s; put one in, then press Refresh",
+                               {channel->ReaderName()})
+              << '\n';
   }
   return channel;
 }
@@ -53,21 +59,21 @@ bool ReadReaders(std::string& list, std::string& why) {
     return false;
   }
   for (const pcsc::Reader& reader : readers) {
-    list += reader.name + (reader.hasCard ? "  (card)\n" : "  (empty)\n");
+    list += platform::Printable(reader.name) + (reader.hasCard ? "  (card)\n" : "  (empty)\n");
   }
   return true;
 }
 #else
-constexpr const char* kNoReaders =
-    "this copy of Kelpin was built without card readers; install libpcsclite-dev and build again";
+constexpr std::string_view kNoReaders = platform::Words(
+    "this Kelpin was built without card readers; install libpcsclite-dev and build it again");
 
 std::unique_ptr<card::CardChannel> OpenCardReader(const std::string& /*name*/, std::string& why) {
-  why = kNoReaders;
+  why = platform::Say(kNoReaders);
   return nullptr;
 }
 
 bool ReadReaders(std::string& /*list*/, std::string& why) {
-  why = kNoReaders;
+  why = platform::Say(kNoReaders);
   return false;
 }
 #endif
@@ -75,7 +81,9 @@ bool ReadReaders(std::string& /*list*/, std::string& why) {
 std::unique_ptr<card::CardChannel> OpenModem(const std::string& port, std::string& why) {
   std::unique_ptr<modem::ModemChannel> channel = modem::ModemChannel::Open(port, why);
   if (channel != nullptr && !channel->HadCard()) {
-    std::cerr << "kelpin: no card in the modem on " << port << "; put one in and start again\n";
+    std::cerr << "kelpin: "
+              << platform::Say("no card in the modem on %s; put one in, then press Refresh", {port})
+              << '\n';
   }
   return channel;
 }
@@ -89,7 +97,19 @@ constexpr Adapter<card::CardChannel> kSimAdapters[] = {
 
 std::unique_ptr<platform::ContactsStore> OpenSqlite(const std::string& file,
                                                     ContactsTrouble trouble, std::string& why) {
-  return device::contacts::SqliteStore::Open(file, why, std::move(trouble));
+  std::error_code ignored;
+  const bool isNew = !std::filesystem::exists(file, ignored);
+  std::unique_ptr<platform::ContactsStore> store =
+      device::contacts::SqliteStore::Open(file, why, std::move(trouble));
+  if (isNew && store != nullptr) {
+    std::cerr << "kelpin: "
+              << platform::Say(
+                     "%s: there was no such contacts file, so an empty one was made. See that the "
+                     "name is right",
+                     {file})
+              << '\n';
+  }
+  return store;
 }
 
 std::unique_ptr<platform::ContactsStore> OpenEds(const std::string& book,
@@ -98,9 +118,10 @@ std::unique_ptr<platform::ContactsStore> OpenEds(const std::string& book,
 #if KELPIN_HAS_EDS
   return device::contacts::EdsStore::Open(book, why, std::move(trouble));
 #else
-  why = "this Kelpin was built without the desktop's contacts" +
-        (book.empty() ? std::string() : " (eds:" + book + ")") +
-        "; install libebook1.2-dev and build it again";
+  why = platform::Say(
+      "this Kelpin was built without the desktop's contacts (eds:%s); install libebook1.2-dev and "
+      "build it again",
+      {book});
   return nullptr;
 #endif
 }

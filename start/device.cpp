@@ -2,12 +2,14 @@
 
 #include <QFile>
 #include <filesystem>
+#include <iostream>
 #include <system_error>
 #include <utility>
 #include <vector>
 
 #include "device/contacts/contact_list.h"
 #include "device/contacts/sqlite/sqlite_store.h"
+#include "platform/wording.h"
 
 namespace kelpin::start {
 
@@ -20,7 +22,8 @@ namespace {
 bool WriteSampleCard(const char* name, const fs::path& file, std::string& why) {
   QFile sample(QString(":/kelpin/cards/") + name);
   if (!sample.open(QIODevice::ReadOnly)) {
-    why = std::string("the sample card ") + name + " is not part of this program";
+    why = platform::Say("the sample card %s is not part of this program. Install Kelpin again",
+                        {name});
     return false;
   }
   return desktop::MakeWholeFile(file, sample.readAll().toStdString(), why);
@@ -53,7 +56,17 @@ bool OpenRegistry(const Options& options, const desktop::Folders& folders, Devic
     }
     file = folders.config / "registry.reg";
   }
+  std::error_code ignored;
+  const bool isNew = !fs::exists(file, ignored);
   device.registry = registry::TextRegistry::Open(file, FindSystemSettings(), why);
+  if (isNew && !options.registry.empty() && device.registry != nullptr) {
+    std::cerr << "kelpin: "
+              << platform::Say(
+                     "%s: there is no such settings file; it is made when a setting changes. See "
+                     "that the name is right",
+                     {options.registry})
+              << '\n';
+  }
   return device.registry != nullptr;
 }
 
@@ -88,7 +101,7 @@ std::unique_ptr<platform::ContactsStore> OpenSampleContacts(const fs::path& file
   std::vector<device::contacts::ContactRecord> people;
   if (!sample.open(QIODevice::ReadOnly) ||
       !device::contacts::ReadContactList(sample.readAll().toStdString(), people, why)) {
-    why = "the sample contacts are not part of this program " + why;
+    why = platform::Say("the sample contacts are not part of this program. Install Kelpin again");
     return nullptr;
   }
   std::unique_ptr<device::contacts::SqliteStore> store =
@@ -104,7 +117,7 @@ bool OpenStore(const Options& options, const desktop::Folders& folders,
     device.contacts = OpenSampleContacts(device.scratch.Path() / "contacts.db", why);
   } else if (desktop::MakePrivateFolder(folders.data, why)) {
     device.contacts =
-        OpenContacts("sqlite:" + (folders.data / "contacts.db").string(), trouble, why);
+        device::contacts::SqliteStore::Open((folders.data / "contacts.db").string(), why, trouble);
   }
   return device.contacts != nullptr;
 }

@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "start/adapters.h"
+#include "start/command_line.h"
 #include "start/exit_codes.h"
 #include "start/report.h"
 
@@ -61,8 +62,8 @@ std::optional<Options> ReadCommandLine(int argc, char** argv, int& code) {
   try {
     cli.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    const bool asked = cli.exit(error) == 0;
-    code = !asked ? kExitUsage : PrintedAll() ? 0 : kExitFailure;
+    code = EndOfCommandLine(cli, error, kExitUsage);
+    code = code == 0 && !PrintedAll() ? kExitFailure : code;
     return std::nullopt;
   }
   return options;

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "device/desktop/utf8.h"
+#include "platform/wording.h"
 #include "res/ids.h"
 #include "start/adapters.h"
 #include "start/exit_codes.h"
@@ -45,7 +46,7 @@ bool PrintedAll() {
   if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout) {
     return true;
   }
-  std::cerr << "kelpin: standard output cannot be written; is the disk full?\n";
+  std::cerr << "kelpin: standard output cannot be written. See that the disk is not full\n";
   return false;
 }
 
@@ -53,7 +54,7 @@ int PrintReaders() {
   std::string list;
   std::string why;
   if (!ListReaders(list, why)) {
-    std::cerr << "kelpin: " << why << '\n';
+    std::cerr << "kelpin: " << platform::PrintableLines(why) << '\n';
     return kExitFailure;
   }
   std::cout << list;
@@ -70,9 +71,15 @@ void Report(qt::QtScreen& screen, app::AppState& state, const std::string& file,
       static_cast<long long>(std::chrono::duration_cast<std::chrono::milliseconds>(spent).count()),
       ResidentKilobytes());
   if (saved) {
-    std::cerr << "Picture saved as " << file << '\n';
+    std::cerr << "Picture saved as " << platform::Printable(file) << '\n';
   } else {
-    std::cerr << "kelpin: " << file << ": the picture cannot be written\n";
+    std::cerr
+        << "kelpin: "
+        << platform::Say(
+               "%s: the picture cannot be written. See that the folder is there, that you may "
+               "write to it and that the disk is not full",
+               {file})
+        << '\n';
   }
   if (!PrintedAll()) {
     saved = false;
@@ -82,7 +89,7 @@ void Report(qt::QtScreen& screen, app::AppState& state, const std::string& file,
 
 qt::QtScreen::BoxListener PrintBoxes(std::atomic<bool>& failed) {
   return [&failed](std::u16string_view text, std::u16string_view /*caption*/, ui::BoxStyle style) {
-    std::cerr << "kelpin: " << desktop::Utf8(text) << '\n';
+    std::cerr << "kelpin: " << platform::PrintableLines(desktop::Utf8(text)) << '\n';
     if (style.icon == ui::BoxIcon::kStop) {
       failed = true;
     }

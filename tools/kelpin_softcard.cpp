@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 
 #include <CLI/CLI.hpp>
-#include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <fstream>
 #include <functional>
@@ -19,6 +19,9 @@
 
 #include "device/softcard/soft_channel.h"
 #include "platform/mutex.h"
+#include "platform/printable.h"
+#include "platform/system_trouble.h"
+#include "start/command_line.h"
 #include "tools/softcard_modem.h"
 #include "tools/vpcd_link.h"
 
@@ -36,7 +39,9 @@ constexpr const char* kFooter =
     "The card is in the reader, or the modem, as long as this runs; SIGTERM or Ctrl+C takes it "
     "out.\n"
     "As a modem it prints the port to open: kelpin --sim modem:PORT.\n"
-    "Every change is in the image before the command is answered. Traces mask the PINs.\n"
+    "Every change is in the image before the command is answered; one that cannot be saved is "
+    "told\n"
+    "here and answered as a memory failure, and the file stays whole. Traces mask the PINs.\n"
     "Ends with 0 when it was told to, 1 when something failed, 2 for a wrong command line.";
 
 struct Options {
@@ -109,8 +114,17 @@ class Ending {
 };
 
 int Fail(const std::string& why) {
-  std::cerr << "kelpin-softcard: " << why << '\n';
+  std::cerr << "kelpin-softcard: " << platform::PrintableLines(why) << '\n';
   return kExitFailure;
+}
+
+// A file that may not grow further is told as a full disk is; unasked, the system ends the program
+// instead, and the card with it.
+void OutliveFileSizeLimit() {
+  struct ::sigaction action = {};
+  action.sa_handler = [](int) {};
+  action.sa_flags = SA_RESTART;
+  ::sigaction(SIGXFSZ, &action, nullptr);
 }
 
 int Run(const Options& options) {
@@ -125,9 +139,20 @@ int Run(const Options& options) {
   if (!options.trace.empty()) {
     ::umask(S_IRWXG | S_IRWXO);  // names and numbers are in it
     trace.open(options.trace, std::ios::app);
-    if (!trace) return Fail(options.trace + ": the trace cannot be written");
-    card->SetTrace([&trace](std::string_view line) { trace << line << std::endl; });
+    if (!trace) {
+      return Fail(platform::Say("%s: the trace cannot be written: %s",
+                                {options.trace, platform::SystemTrouble(errno)}));
+    }
+    card->SetTrace([&trace, &options](std::string_view line) {
+      if (trace && !(trace << line << std::endl)) {
+        static_cast<void>(
+            Fail(platform::Say("%s: the trace cannot be written, and ends here. See "
+                               "that the disk is not full",
+                               {options.trace})));
+      }
+    });
   }
+  card->SetTrouble([](const std::string& trouble) { static_cast<void>(Fail(trouble)); });
 
   Ending ending(*card);
   if (options.asModem) {
@@ -149,7 +174,8 @@ int Run(const Options& options) {
       case VpcdLink::End::kStopped:
         return 0;
       case VpcdLink::End::kReaderGone:
-        return Fail("the reader on " + options.address + " has gone; was pcscd ended?");
+        return Fail("the reader on " + options.address +
+                    " has gone. Start pcscd, then start again");
       case VpcdLink::End::kCardLost:
         break;
     }
@@ -201,10 +227,11 @@ int main(int argc, char** argv) {
   try {
     cli.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return cli.exit(error) == 0 ? 0 : kExitUsage;
+    return start::EndOfCommandLine(cli, error, kExitUsage);
   }
   options.asModem = modem->count() > 0;
   options.modem.delay = std::chrono::milliseconds(options.delay);
   Ending::HoldSignals();
+  OutliveFileSizeLimit();
   return Run(options);
 }

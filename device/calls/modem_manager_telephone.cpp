@@ -8,9 +8,12 @@
 #include <QVariantMap>
 #include <algorithm>
 #include <atomic>
+#include <initializer_list>
+#include <string_view>
 #include <utility>
 
 #include "platform/dial_number.h"
+#include "platform/wording.h"
 
 namespace kelpin::device::calls {
 namespace {
@@ -25,8 +28,12 @@ const QString kVoice = QStringLiteral("org.freedesktop.ModemManager1.Modem.Voice
 const QString kCall = QStringLiteral("org.freedesktop.ModemManager1.Call");
 const QString kModems = QStringLiteral("a{oa{sa{sv}}}");  // what GetManagedObjects answers
 
-const QString kNotRunning =
-    QStringLiteral("ModemManager is not running. Install the package modemmanager and start it.");
+constexpr std::string_view kNotRunning =
+    platform::Words("ModemManager is not running. Install the package modemmanager and start it.");
+
+QString Say(std::string_view english, std::initializer_list<std::string_view> values = {}) {
+  return QString::fromStdString(platform::Say(english, values));
+}
 
 // Milliseconds. The bus itself answers at once.
 constexpr int kBusPatience = 1000;
@@ -57,20 +64,19 @@ bool IsUnanswered(QDBusError::ErrorType error) {
 
 QString WhyNot(const QDBusMessage& answer) {
   if (answer.type() != QDBusMessage::ErrorMessage) {
-    return QStringLiteral("ModemManager gave an answer that is not understood. Is it up to date?");
+    return Say("ModemManager gave an answer that is not understood. Is it up to date?");
   }
   const QDBusError error(answer);
   const QString name = answer.errorName();
   if (error.type() == QDBusError::ServiceUnknown ||
       name == QStringLiteral("org.freedesktop.DBus.Error.NameHasNoOwner") ||
       name.startsWith(QStringLiteral("org.freedesktop.DBus.Error.Spawn."))) {
-    return kNotRunning;
+    return Say(kNotRunning);
   }
   if (IsUnanswered(error.type())) {
-    return QStringLiteral(
-        "ModemManager does not answer. Look whether it runs and the modem is still there.");
+    return Say("ModemManager does not answer. Look whether it runs and the modem is still there.");
   }
-  return QStringLiteral("The modem did not take the call: %1").arg(answer.errorMessage());
+  return Say("The modem did not take the call: %s", {answer.errorMessage().toStdString()});
 }
 
 // The modem with the lowest number comes first.
@@ -97,11 +103,10 @@ QString FirstModem(const QDBusMessage& answer, QString& why) {
   }
   objects.endMap();
   if (first.isEmpty()) {
-    why = modems
-              ? QStringLiteral("The modem cannot make calls; ModemManager offers none through it.")
-              : QStringLiteral(
-                    "ModemManager knows no modem. Plug one in and wait until \"mmcli -L\" "
-                    "lists it.");
+    why = modems ? Say("The modem cannot make calls; ModemManager offers none through it. Put in "
+                       "one that is more than a modem for data.")
+                 : Say("ModemManager knows no modem. Plug one in and wait until \"mmcli -L\" "
+                       "lists it.");
   }
   return first;
 }
@@ -112,8 +117,11 @@ std::unique_ptr<ModemManagerTelephone> ModemManagerTelephone::Open(Options optio
                                                                    std::string& why) {
   std::unique_ptr<ModemManagerTelephone> telephone(new ModemManagerTelephone(std::move(options)));
   if (!telephone->bus_.isConnected()) {
-    why = "the system bus, through which ModemManager is reached, cannot be reached (" +
-          telephone->bus_.lastError().message().toStdString() + "); is dbus installed and running?";
+    why = platform::Say(
+        "the system bus, through which ModemManager is reached, cannot be reached (%s). Install "
+        "the "
+        "package dbus and start it, or start Kelpin without --calls modem",
+        {telephone->bus_.lastError().message().toStdString()});
     return nullptr;
   }
   return telephone;
@@ -155,17 +163,19 @@ int ModemManagerTelephone::PhoneMakeCall(const platform::PhoneCallRequest& reque
     return 0;
   }
   if (request.destinationAddress.find_first_of(u"pPwW") != std::u16string_view::npos) {
-    return Refuse(QStringLiteral(
-        "A modem cannot dial a number with pauses. Call the part before the first one."));
+    return Refuse(
+        Say("A modem cannot dial a number with pauses. Call the part before the first one."));
   }
   if (preparing_) {
-    return Refuse(QStringLiteral(
-        "The modem has not answered to the last call yet. Wait a moment, then call again."));
+    return Refuse(
+        Say("The modem has not answered to the last call yet. Wait a moment, then call again."));
   }
   if (!Connect()) {
-    return Refuse(QStringLiteral("The system bus cannot be reached, and ModemManager through it."));
+    return Refuse(
+        Say("The system bus cannot be reached, and ModemManager through it. Start dbus, or Kelpin "
+            "without --calls modem."));
   }
-  if (!HasService()) return Refuse(kNotRunning);
+  if (!HasService()) return Refuse(Say(kNotRunning));
   const QString number = QString::fromUtf16(
       request.destinationAddress.data(), static_cast<qsizetype>(request.destinationAddress.size()));
   preparing_ = true;

@@ -9,6 +9,7 @@
 #include "device/desktop/percent_encoding.h"
 #include "device/desktop/process_output.h"
 #include "device/desktop/utf8.h"
+#include "platform/wording.h"
 
 namespace kelpin::device::desktop {
 namespace {
@@ -34,10 +35,10 @@ bool IsOver(const std::future<void>& work) {
 AddressOpener::Failed HelpNotOpened(const std::function<void(const std::string& why)>& tell) {
   if (!tell) return nullptr;
   return [tell](const std::string& address, int /*code*/) {
-    tell(
+    tell(platform::Say(
         "The help cannot be shown, because no program is set for web pages or it failed. Install "
-        "a browser, or open " +
-        address + " in one.");
+        "a browser, or open %s in one.",
+        {address}));
   };
 }
 
@@ -93,10 +94,11 @@ int DesktopPrograms::ShowHelp(std::u16string_view topic) {
   const std::string address = HelpAddress(wanted);
   if (!address.empty() && help_.Open(address)) return 1;
   if (options_.helpFailed) {
-    options_.helpFailed(address.empty() ? "The help is not installed. Install Kelpin again."
-                                        : "The help cannot be shown, because " + options_.opener +
-                                              " cannot be started. Install xdg-utils, or open " +
-                                              address + " in a browser.");
+    options_.helpFailed(
+        address.empty() ? platform::Say("The help is not installed. Install Kelpin again.")
+                        : platform::Say("The help cannot be shown, because %s cannot be started. "
+                                        "Install xdg-utils, or open %s in a browser.",
+                                        {options_.opener, address}));
   }
   return 0;
 }

@@ -12,7 +12,13 @@
 #include <thread>
 #include <utility>
 
+#include "platform/system_trouble.h"
+
 namespace kelpin::device::desktop {
+
+using platform::Say;
+using platform::SystemTrouble;
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -20,10 +26,7 @@ namespace fs = std::filesystem;
 constexpr std::uint32_t kPollMilliseconds = 10;
 constexpr int kScratchTries = 20;
 constexpr std::string_view kScratchPrefix = "demo-";
-
-std::string Reason(int number) {
-  return std::generic_category().message(number);
-}
+constexpr std::string_view kCannotMake = platform::Words("%s: the file cannot be made: %s");
 
 int OpenLockFile(const fs::path& file) {
   return ::open(file.c_str(), O_CREAT | O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
@@ -95,7 +98,8 @@ bool ScratchFolder::Make(const fs::path& parent, std::string& why) {
   for (int tries = 0; tries < kScratchTries; ++tries) {
     std::string name = (parent / (std::string(kScratchPrefix) + "XXXXXX")).string();
     if (::mkdtemp(name.data()) == nullptr) {
-      why = parent.string() + ": no scratch folder can be made in it: " + Reason(errno);
+      why = Say("%s: no folder for the demonstration can be made in it: %s",
+                {parent.string(), SystemTrouble(errno)});
       return false;
     }
     lock_ = LockScratch(name);
@@ -104,7 +108,7 @@ bool ScratchFolder::Make(const fs::path& parent, std::string& why) {
       return true;
     }
     // Another run that starts took it for one that was left behind, before it had its lock.
-    why = name + ": cannot be locked: " + Reason(errno);
+    why = Say("%s: the folder cannot be locked: %s", {name, SystemTrouble(errno)});
     std::error_code ignored;
     fs::remove_all(name, ignored);
   }
@@ -128,7 +132,7 @@ bool MakeWholeFile(const fs::path& file, std::string_view bytes, std::string& wh
   std::string name = file.string() + ".XXXXXX";
   int fresh = ::mkostemp(name.data(), O_CLOEXEC);
   if (fresh < 0) {
-    why = file.string() + ": cannot be made: " + Reason(errno);
+    why = Say(kCannotMake, {file.string(), SystemTrouble(errno)});
     return false;
   }
   bool made = WriteAll(fresh, bytes) && ::fsync(fresh) == 0;
@@ -142,7 +146,7 @@ bool MakeWholeFile(const fs::path& file, std::string_view bytes, std::string& wh
     reason = errno;
   }
   ::unlink(name.c_str());
-  if (!made) why = file.string() + ": cannot be made: " + Reason(reason);
+  if (!made) why = Say(kCannotMake, {file.string(), SystemTrouble(reason)});
   return made;
 }
 

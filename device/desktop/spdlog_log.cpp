@@ -9,18 +9,20 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <cstdio>
-#include <cstring>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "device/desktop/utf8.h"
+#include "platform/printable.h"
+#include "platform/system_trouble.h"
 
 namespace kelpin::device::desktop {
 namespace {
 
 constexpr std::size_t kFileBytes = 1u << 20;
 constexpr std::size_t kOldFiles = 3;
+constexpr std::string_view kCannotWrite = platform::Words("%s: the log cannot be written: %s");
 
 // The file is there with its mode before anything is written to it.
 bool MakePrivateFile(const std::string& path) {
@@ -50,20 +52,9 @@ std::shared_ptr<spdlog::logger> MakeLogger(std::vector<spdlog::sink_ptr> sinks) 
 }
 
 // Without its line end, and such that one text cannot pass for two.
-std::string Printable(std::u16string_view text) {
+std::string OneLine(std::u16string_view text) {
   while (!text.empty() && (text.back() == u'\n' || text.back() == u'\r')) text.remove_suffix(1);
-  std::string line;
-  for (const char c : Utf8(text)) {
-    const auto byte = static_cast<unsigned char>(c);
-    if ((byte < 0x20 && c != '\t') || byte == 0x7F) {
-      char escaped[8];
-      std::snprintf(escaped, sizeof escaped, "\\x%02X", byte);
-      line += escaped;
-    } else {
-      line.push_back(c);
-    }
-  }
-  return line;
+  return platform::Printable(Utf8(text), "\t");
 }
 
 }  // namespace
@@ -72,7 +63,7 @@ std::unique_ptr<SpdlogLog> SpdlogLog::Open(const std::filesystem::path& stateFol
                                            bool toStandardError, std::string& why) {
   const std::string path = (stateFolder / "kelpin.log").string();
   if (!MakePrivateFile(path)) {
-    why = path + ": cannot be written: " + std::strerror(errno);
+    why = platform::Say(kCannotWrite, {path, platform::SystemTrouble(errno)});
     return nullptr;
   }
   try {
@@ -83,7 +74,7 @@ std::unique_ptr<SpdlogLog> SpdlogLog::Open(const std::filesystem::path& stateFol
     if (toStandardError) sinks.push_back(std::make_shared<spdlog::sinks::stderr_sink_mt>());
     return std::unique_ptr<SpdlogLog>(new SpdlogLog(MakeLogger(std::move(sinks))));
   } catch (const spdlog::spdlog_ex& error) {
-    why = path + ": " + error.what();
+    why = platform::Say(kCannotWrite, {path, error.what()});
     return nullptr;
   }
 }
@@ -94,7 +85,7 @@ std::unique_ptr<SpdlogLog> SpdlogLog::ToStandardError() {
 }
 
 void SpdlogLog::DebugOutput(std::u16string_view text) {
-  logger_->log(spdlog::level::debug, spdlog::string_view_t(Printable(text)));
+  logger_->log(spdlog::level::debug, spdlog::string_view_t(OneLine(text)));
 }
 
 }  // namespace kelpin::device::desktop

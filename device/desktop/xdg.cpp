@@ -6,10 +6,16 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <system_error>
+#include <utility>
+
+#include "platform/system_trouble.h"
 
 namespace kelpin::device::desktop {
+
+using platform::Say;
+using platform::SystemTrouble;
+
 namespace {
 
 constexpr std::string_view kName = "kelpin";
@@ -90,18 +96,33 @@ Folders FindFolders(const Environment& environment) {
 }
 
 bool MakePrivateFolder(const std::filesystem::path& folder, std::string& why) {
-  const auto fail = [&folder, &why](const char* reason) {
-    why = folder.string() + ": " + reason;
+  const auto fail = [&why](std::string reason) {
+    why = std::move(reason);
     return false;
   };
+  const std::string name = folder.string();
   struct stat status {};
   if (!MakeFolder(folder) || ::lstat(folder.c_str(), &status) != 0) {
-    return fail((std::string("cannot be made: ") + std::strerror(errno)).c_str());
+    return fail(Say("%s: the folder cannot be made: %s", {name, SystemTrouble(errno)}));
   }
-  if (!S_ISDIR(status.st_mode)) return fail("is not a folder");
-  if (status.st_uid != ::geteuid()) return fail("belongs to another user");
+  if (S_ISLNK(status.st_mode)) {
+    return fail(
+        Say("%s: this is a link, which is not followed here. Put the folder itself in its place, "
+            "or set the XDG variable that names the folder around it",
+            {name}));
+  }
+  if (!S_ISDIR(status.st_mode)) {
+    return fail(Say("%s: not a folder, and one is needed here. Move it away", {name}));
+  }
+  if (status.st_uid != ::geteuid()) {
+    return fail(
+        Say("%s: the folder belongs to another user. Have it removed, or have it given to "
+            "you with \"sudo chown\"",
+            {name}));
+  }
   if ((status.st_mode & 0777) != 0700 && ::chmod(folder.c_str(), 0700) != 0) {
-    return fail("cannot be closed to other users");
+    return fail(
+        Say("%s: the folder cannot be closed to other users: %s", {name, SystemTrouble(errno)}));
   }
   return true;
 }

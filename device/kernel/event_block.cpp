@@ -77,7 +77,7 @@ void EventBlock::Unlock() {
   ::pthread_mutex_unlock(&lock_);
 }
 
-bool EventBlock::Modify(EventAction action) {
+bool EventBlock::Modify(EventAction action, bool* freedOne) {
   if (!Lock()) return false;
   bool freed = false;
   if (action != EventAction::kReset) {
@@ -95,6 +95,7 @@ bool EventBlock::Modify(EventAction action) {
     }
   }
   signaled_ = action == EventAction::kSet && !freed ? 1 : 0;
+  if (freedOne != nullptr) *freedOne = freed;
   Unlock();
   return true;
 }

@@ -45,8 +45,9 @@ class EventBlock {
   bool Initialise();
   bool IsInitialised() const;
 
-  // False when the lock cannot be had any more.
-  bool Modify(platform::EventAction action);
+  // False when the lock cannot be had any more. `freedOne`, where it is given, tells whether a
+  // waiter was freed.
+  bool Modify(platform::EventAction action, bool* freedOne = nullptr);
 
   enum class Entry {
     kSignaled,    // the event was set; it is reset now

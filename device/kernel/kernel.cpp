@@ -112,6 +112,15 @@ std::unique_ptr<platform::Event> Kernel::CreateEvent(std::u16string_view name) {
   return std::make_unique<SharedEvent>(std::move(memory), gate_);
 }
 
+bool Kernel::IsName(std::u16string_view name) {
+  return !name.empty() && SharedFolder::IsName(name);
+}
+
+bool Kernel::Pulse(std::u16string_view name, bool& freed) {
+  const std::shared_ptr<EventMemory> memory = folder_->OpenEvent(name);
+  return memory != nullptr && memory->Block().Modify(EventAction::kPulse, &freed);
+}
+
 int Kernel::CreateThread(std::function<void()> body) {
   MutexLock lock(lock_);
   // Under the lock, so that EndThreads sees every thread that was made before the gate closed.

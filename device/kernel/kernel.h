@@ -30,6 +30,11 @@ class Kernel final : public platform::KernelObjects {
                                                     bool& alreadyExists) override;
   // An event may outlive the kernel.
   std::unique_ptr<platform::Event> CreateEvent(std::u16string_view name) override;
+  // Whether a named object can be called so: not empty, nor too long for a file's name.
+  static bool IsName(std::u16string_view name);
+  // Pulses the event of this name; `freed` tells whether somebody waited. False when it cannot be
+  // opened.
+  bool Pulse(std::u16string_view name, bool& freed);
   // 0 also when the program is ending.
   int CreateThread(std::function<void()> body) override;
   void EndThreads() override;

@@ -9,14 +9,20 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
-#include <cstring>
 #include <thread>
 #include <utility>
 
+#include "platform/system_trouble.h"
+
 namespace kelpin::device::kernel {
+
+using platform::Say;
+
 namespace {
 
 constexpr std::size_t kMaxFileName = 200;
+constexpr std::string_view kEvent = "event-";
+constexpr std::string_view kMutex = "mutex-";
 constexpr int kLockTries = 500;
 constexpr std::chrono::milliseconds kLockPause(10);
 
@@ -85,18 +91,27 @@ std::unique_ptr<SharedFolder> SharedFolder::Open(const std::filesystem::path& pa
   File folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   struct stat status {};
   if (!folder.IsOpen() || ::fstat(folder.Descriptor(), &status) != 0) {
-    why = path.string() + ": cannot be opened: " + std::strerror(errno);
+    why =
+        Say("%s: the folder cannot be opened: %s", {path.string(), platform::SystemTrouble(errno)});
     return nullptr;
   }
   if (status.st_uid != ::geteuid()) {
-    why = path.string() + ": belongs to another user";
+    why =
+        Say("%s: the folder belongs to another user. Have it removed, or have it given to you with "
+            "\"sudo chown\"",
+            {path.string()});
     return nullptr;
   }
   if ((status.st_mode & 077) != 0) {
-    why = path.string() + ": is open to other users; its mode must be 0700";
+    why =
+        Say("%s: the folder is open to other users. Close it with \"chmod 700\"", {path.string()});
     return nullptr;
   }
   return std::unique_ptr<SharedFolder>(new SharedFolder(std::move(folder)));
+}
+
+bool SharedFolder::IsName(std::u16string_view name) {
+  return FileName(kEvent, name).size() <= kMaxFileName;
 }
 
 File SharedFolder::OpenFile(std::string_view kind, std::u16string_view name) const {
@@ -110,7 +125,7 @@ File SharedFolder::OpenFile(std::string_view kind, std::u16string_view name) con
 // is made. So an exclusive lock can be had only when nobody has the event open: then it is made
 // anew. Turning the one lock into the other lets others in between; they do the same.
 std::shared_ptr<EventMemory> SharedFolder::OpenEvent(std::u16string_view name) const {
-  File file = OpenFile("event-", name);
+  File file = OpenFile(kEvent, name);
   if (!file.IsOpen()) return nullptr;
   const int descriptor = file.Descriptor();
   for (int tries = 0; tries < kLockTries; ++tries) {
@@ -135,7 +150,7 @@ std::shared_ptr<EventMemory> SharedFolder::OpenEvent(std::u16string_view name) c
 }
 
 File SharedFolder::OpenMutex(std::u16string_view name, bool& lockedByAnother) const {
-  File file = OpenFile("mutex-", name);
+  File file = OpenFile(kMutex, name);
   lockedByAnother = false;
   if (!file.IsOpen()) return file;
   if (::flock(file.Descriptor(), LOCK_EX | LOCK_NB) == 0) return file;

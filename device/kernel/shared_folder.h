@@ -49,7 +49,9 @@ class SharedFolder {
   // Null when the folder is missing, not this user's, or open to others; `why` says which.
   static std::unique_ptr<SharedFolder> Open(const std::filesystem::path& path, std::string& why);
 
-  // Names are told apart by every character. A name too long for a file has no object.
+  // Names are told apart by every character. A name too long for a file has no object; whether it
+  // is no longer than that:
+  static bool IsName(std::u16string_view name);
   // The memory of the event of this name, made (not signalled) when nobody has it open.
   std::shared_ptr<EventMemory> OpenEvent(std::u16string_view name) const;
   // The file of the mutex of this name, locked here unless somebody else has it locked.

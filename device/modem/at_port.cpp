@@ -16,7 +16,6 @@
 #include <boost/asio/write.hpp>
 #include <cerrno>
 #include <cstddef>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
@@ -25,6 +24,7 @@
 #include <vector>
 
 #include "platform/mutex.h"
+#include "platform/wording.h"
 
 namespace kelpin::device::modem {
 namespace {
@@ -32,6 +32,7 @@ namespace {
 namespace asio = boost::asio;
 namespace fs = std::filesystem;
 using boost::system::error_code;
+using platform::Say;
 using serial = asio::serial_port_base;
 
 constexpr unsigned kBaud = 115200;
@@ -66,10 +67,11 @@ std::string HolderOf(const std::string& path) {
 
 std::string InUse(const std::string& path) {
   const std::string holder = HolderOf(path);
-  return path + " is in use by " + (holder.empty() ? "another program" : holder) +
-         ". End that program. ModemManager, which takes every modem, lets go with \"sudo systemctl "
-         "stop ModemManager\"; afterwards start it again, or keep it off this one port "
-         "(modem.md among Kelpin's documents says how).";
+  return Say(
+      "%s is in use by %s. End that program. ModemManager, which takes every modem, lets go "
+      "with \"sudo systemctl stop ModemManager\"; afterwards start it again, or keep it off "
+      "this one port (modem.md among Kelpin's documents says how).",
+      {path, holder.empty() ? Say("another program") : holder});
 }
 
 std::string Explain(const std::string& path, int error) {
@@ -77,19 +79,22 @@ std::string Explain(const std::string& path, int error) {
     case ENOENT:
     case ENXIO:
     case ENODEV:
-      return "There is no port " + path + ". " + KnownPorts();
+      return Say("There is no port %s.", {path}) + ' ' + KnownPorts();
     case EACCES:
     case EPERM:
-      return "You may not use " + path +
-             ". Join its group with \"sudo usermod -a -G dialout $USER\", then log in again.";
+      return Say(
+          "You may not use %s. Join its group with \"sudo usermod -a -G dialout $USER\", then "
+          "log in again.",
+          {path});
     case EBUSY:
     case EWOULDBLOCK:
       return InUse(path);
     case ENOTTY:
-      return path + " is no serial port. " + KnownPorts();
+      return Say("%s is no serial port.", {path}) + ' ' + KnownPorts();
     default:
-      return path + ": " + std::strerror(error) +
-             ". Unplug the modem and plug it in again, then start again.";
+      return Say(
+          "%s cannot be opened: %s. Unplug the modem and plug it in again, then start again.",
+          {path, std::generic_category().message(error)});
   }
 }
 
@@ -146,10 +151,10 @@ std::string KnownPorts() {
       if (port) ports.push_back(device.path().string());
     }
   }
-  if (ports.empty()) return "No modem is plugged in.";
+  if (ports.empty()) return Say("No modem is plugged in.");
   std::sort(ports.begin(), ports.end());
-  std::string text = "The ports there are:";
-  for (const std::string& port : ports) text += "\n  " + port;
+  std::string text = Say("The ports there are:");
+  for (const std::string& port : ports) text += "\n  " + platform::Printable(port);
   return text;
 }
 

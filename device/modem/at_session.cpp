@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <utility>
 
+#include "platform/wording.h"
+
 namespace kelpin::device::modem {
 namespace {
 
@@ -44,10 +46,11 @@ bool AtSession::Open(const std::string& path, std::string& why) {
   if (port_ == nullptr) return false;
   if (!Synchronise()) {
     port_.reset();
-    why = path +
-          " does not answer as a modem does. A modem often has several ports, of which only one or "
-          "two take commands: try another. " +
-          KnownPorts();
+    why = platform::Say(
+              "%s does not answer as a modem does. A modem often has several ports, of which only "
+              "one or two take commands: try another.",
+              {path}) +
+          ' ' + KnownPorts();
     return false;
   }
   Greet();

@@ -1,9 +1,10 @@
-#include "device/modem/modem_channel.h"
-
 #include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <utility>
+
+#include "device/modem/modem_channel.h"
+#include "platform/wording.h"
 
 namespace kelpin::device::modem {
 namespace {
@@ -81,9 +82,10 @@ std::unique_ptr<ModemChannel> ModemChannel::Open(const std::string& path, std::s
     if (!channel->session_.Open(path, why)) return nullptr;
     error = channel->FindWay();
     if (error == TransportError::kNone && channel->way_.Kind() == Way::kNone) {
-      why = "The modem on " + path +
-            " does not let other programs at its card: it knows none of +CCHO, +CSIM and +CRSM. "
-            "Put the card into a card reader and use --sim pcsc.";
+      why = platform::Say(
+          "The modem on %s does not let other programs at its card: it knows none of +CCHO, +CSIM "
+          "and +CRSM. Put the card into a card reader and use --sim pcsc.",
+          {path});
       return nullptr;
     }
   }

@@ -5,24 +5,28 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/wording.h"
+
 namespace kelpin::device::pcsc {
 namespace {
 
 using card::TransportError;
-
-constexpr std::string_view kInstall =
-    "Install the package pcscd and start it with \"systemctl start pcscd.socket\" (without "
-    "systemd: run pcscd as root).";
+using platform::Say;
 
 std::string Explain(Verdict verdict) {
   switch (verdict) {
     case Verdict::kNoReader:
-      return "No card reader is connected. Plug a reader in, then start again. A reader that is "
-             "plugged in and not found needs its driver; for most it is in the package libccid.";
+      return Say(
+          "No card reader is connected. Plug a reader in, then start again. A reader that is "
+          "plugged in and not found needs its driver; for most it is in the package libccid.");
     case Verdict::kTimedOut:
-      return "The smart-card service does not answer. Restart it with \"systemctl restart pcscd\".";
+      return Say(
+          "The smart-card service does not answer. Restart it with \"sudo systemctl restart "
+          "pcscd\".");
     default:
-      return "The smart-card service (pcscd) is not running. " + std::string(kInstall);
+      return Say(
+          "The smart-card service (pcscd) is not running. Install the package pcscd and start it "
+          "with \"sudo systemctl start pcscd.socket\" (without systemd: run pcscd as root).");
   }
 }
 
@@ -50,10 +54,12 @@ const Reader* Choose(const std::vector<Reader>& readers, const std::string& name
     if (Contains(reader.name, name)) fits.push_back(&reader);
   }
   if (fits.size() == 1) return fits.front();
-  why = fits.empty() ? "No reader is called \"" + name + "\". Connected are:"
-                     : "More than one reader is called \"" + name + "\". Write more of the name:";
+  why = fits.empty()
+            ? Say("No reader is called \"%s\". Write one of these names behind pcsc:", {name})
+            : Say("More than one reader is called \"%s\". Write more of the name:", {name});
   for (const Reader& reader : readers) {
-    if (fits.empty() || Contains(reader.name, name)) why += "\n  " + reader.name;
+    if (fits.empty() || Contains(reader.name, name))
+      why += "\n  " + platform::Printable(reader.name);
   }
   return nullptr;
 }

@@ -6,8 +6,12 @@
 #include <utility>
 
 #include "device/registry/reg_text.h"
+#include "platform/wording.h"
 
 namespace kelpin::device::registry {
+
+using platform::Say;
+
 namespace {
 
 using platform::RegistryRoot;
@@ -85,17 +89,19 @@ bool RegParser::Fail(std::string reason) {
 }
 
 bool RegParser::Parse(std::string_view bytes) {
-  if (bytes.size() > kMaxFileBytes) return Fail("the file is larger than 4 MiB");
+  if (bytes.size() > kMaxFileBytes) return Fail(Say("the file is larger than 4 MiB"));
   if (bytes.empty()) return true;
-  if (bytes.starts_with(kSwappedMark)) return Fail("UTF-16 with the high byte first is not read");
+  if (bytes.starts_with(kSwappedMark))
+    return Fail(Say("UTF-16 with the high byte first is not read"));
   if (bytes.starts_with(kUtf16Mark)) {
     bytes.remove_prefix(kUtf16Mark.size());
     const auto* first = reinterpret_cast<const std::uint8_t*>(bytes.data());
     if (bytes.size() % 2 != 0 ||
         !Utf8FromUtf16(Utf16FromLittleEndian(std::span(first, bytes.size())), converted_)) {
-      return Fail("the text is not proper UTF-16");
+      return Fail(Say("the text is not proper UTF-16"));
     }
-    if (converted_.size() > kMaxFileBytes) return Fail("the file is larger than 4 MiB as UTF-8");
+    if (converted_.size() > kMaxFileBytes)
+      return Fail(Say("the file is larger than 4 MiB as UTF-8"));
     bytes = converted_;
   } else if (bytes.starts_with(kUtf8Mark)) {
     bytes.remove_prefix(kUtf8Mark.size());
@@ -124,15 +130,15 @@ bool RegParser::SplitLines(std::string_view text) {
 }
 
 bool RegParser::CheckLine(std::string_view line) {
-  if (line.size() > kMaxLineBytes) return Fail("the line is longer than 128 KiB");
+  if (line.size() > kMaxLineBytes) return Fail(Say("the line is longer than 128 KiB"));
   for (const char c : line) {
-    if (c == '\0') return Fail("a zero byte");
+    if (c == '\0') return Fail(Say("there is a zero byte, which no text has"));
     if ((static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F) {
-      return Fail("a control character");
+      return Fail(Say("there is a control character in it"));
     }
   }
   std::u16string ignored;
-  return Utf16FromUtf8(line, ignored) || Fail("the line is not proper UTF-8");
+  return Utf16FromUtf8(line, ignored) || Fail(Say("the line is not proper UTF-8"));
 }
 
 bool RegParser::ParseHeader() {
@@ -147,8 +153,7 @@ bool RegParser::ParseHeader() {
       return true;
     }
   }
-  return Fail("the first line names no format and version, as in \"" + std::string(kRegHeader) +
-              "\"");
+  return Fail(Say("the first line names no format and version, as in \"%s\"", {kRegHeader}));
 }
 
 bool RegParser::ParseLine() {
@@ -164,7 +169,7 @@ bool RegParser::ParseLine() {
     case '@':
       return ParseValue();
     default:
-      return Fail("neither a key in [ ], nor a value, nor a ; comment");
+      return Fail(Say("this is neither a key in [ ], nor a value, nor a comment behind ;"));
   }
 }
 
@@ -177,22 +182,23 @@ void RegParser::Keep(std::string line) {
 }
 
 bool RegParser::ParseSection(std::string_view line) {
-  if (!line.ends_with(']')) return Fail("a key's line must end in ]");
+  if (!line.ends_with(']')) return Fail(Say("a key's line must end in ]"));
   line = line.substr(1, line.size() - 2);
-  if (line.starts_with('-')) return Fail("removing a key has no meaning here");
+  if (line.starts_with('-')) return Fail(Say("removing a key has no meaning here"));
   const std::size_t end = line.find('\\');
   const std::string root = Lower(line.substr(0, end));
   const auto* known = std::find_if(std::begin(kRoots), std::end(kRoots),
                                    [&root](const RootName& name) { return name.name == root; });
   if (known == std::end(kRoots)) {
-    return Fail("a key starts with HKEY_LOCAL_MACHINE or HKEY_CURRENT_USER");
+    return Fail(Say("a key starts with HKEY_LOCAL_MACHINE or HKEY_CURRENT_USER"));
   }
   RegSection section;
   section.root = known->root;
   if (end != std::string_view::npos) {
-    if (!Utf16FromUtf8(line.substr(end + 1), section.path)) return Fail("not proper UTF-8");
+    if (!Utf16FromUtf8(line.substr(end + 1), section.path))
+      return Fail(Say("the line is not proper UTF-8"));
     if (section.path.empty() || !IsStorablePath(section.path)) {
-      return Fail("the key's path is empty in part, or too long");
+      return Fail(Say("the key's path is empty in part, or too long"));
     }
   }
   section.foldedPath = FoldCase(section.path);
@@ -201,7 +207,7 @@ bool RegParser::ParseSection(std::string_view line) {
 }
 
 bool RegParser::ParseValue() {
-  if (file_.sections_.empty()) return Fail("a value before any key");
+  if (file_.sections_.empty()) return Fail(Say("a value stands before any key"));
   const std::size_t first = next_ - 1;
   widened_ = false;
   RegValue value;
@@ -222,11 +228,12 @@ bool RegParser::ParseName(RegValue& value) {
     ++at_;
   } else {
     if (!ParseQuoted(value.name)) return false;
-    if (value.name.size() > kMaxNameLength) return Fail("the value's name is too long");
-    if (!IsStorableName(value.name)) return Fail("a control character in the value's name");
+    if (value.name.size() > kMaxNameLength) return Fail(Say("the value's name is too long"));
+    if (!IsStorableName(value.name))
+      return Fail(Say("there is a control character in the value's name"));
   }
   SkipBlanks();
-  if (Peek() != '=') return Fail("a value's name must be followed by =");
+  if (Peek() != '=') return Fail(Say("a value's name must be followed by ="));
   ++at_;
   SkipBlanks();
   return true;
@@ -238,12 +245,12 @@ bool RegParser::ParseData(RegValue& value) {
     if (!ParseQuoted(text)) return false;
     value.type = RegistryType::kString;
     value.data = StringValueBytes(text);
-    return value.data.size() <= kMaxValueBytes || Fail("the value is larger than 64 KiB");
+    return value.data.size() <= kMaxValueBytes || Fail(Say("the value is larger than 64 KiB"));
   }
   if (Take("dword:")) return ParseDword(value);
   if (Take("hex")) return ParseHex(value);
-  if (Peek() == '-') return Fail("removing a value has no meaning here");
-  return Fail("a value is a \"text\", dword: or hex:");
+  if (Peek() == '-') return Fail(Say("removing a value has no meaning here"));
+  return Fail(Say("a value is a \"text\", dword: or hex:"));
 }
 
 bool RegParser::ParseQuoted(std::u16string& text) {
@@ -251,18 +258,19 @@ bool RegParser::ParseQuoted(std::u16string& text) {
   for (++at_; !AtEnd() && Peek() != '"'; ++at_) {
     if (Peek() == '\\') {
       ++at_;
-      if (Peek() != '"' && Peek() != '\\') return Fail("only \\\\ and \\\" may follow a \\");
+      if (Peek() != '"' && Peek() != '\\') return Fail(Say("only \\\\ and \\\" may follow a \\"));
     }
     bytes.push_back(Peek());
   }
-  if (AtEnd()) return Fail("the closing \" is missing");
+  if (AtEnd()) return Fail(Say("the closing \" is missing"));
   ++at_;
-  return Utf16FromUtf8(bytes, text) || Fail("not proper UTF-8");
+  return Utf16FromUtf8(bytes, text) || Fail(Say("the line is not proper UTF-8"));
 }
 
 bool RegParser::ParseDword(RegValue& value) {
   const std::string digits = Take(9, IsHexDigit);
-  if (digits.empty() || digits.size() > 8) return Fail("dword: takes 1 to 8 hexadecimal digits");
+  if (digits.empty() || digits.size() > 8)
+    return Fail(Say("dword: takes 1 to 8 hexadecimal digits"));
   const std::uint32_t number = HexNumber(digits);
   value.type = RegistryType::kDword;
   for (unsigned shift = 0; shift < 32; shift += 8) {
@@ -274,7 +282,7 @@ bool RegParser::ParseDword(RegValue& value) {
 bool RegParser::ParseHex(RegValue& value) {
   value.type = RegistryType::kBinary;
   if (Peek() == '(' && !ParseHexType(value)) return false;
-  if (Peek() != ':') return Fail("hex must be followed by : or a type in ( )");
+  if (Peek() != ':') return Fail(Say("hex must be followed by : or a type in ( )"));
   ++at_;
   return ParseHexBytes(value) && WidenBytes(value);
 }
@@ -283,7 +291,7 @@ bool RegParser::ParseHexType(RegValue& value) {
   ++at_;
   const std::string digits = Take(9, IsHexDigit);
   if (digits.empty() || digits.size() > 8 || Peek() != ')') {
-    return Fail("hex( takes 1 to 8 hexadecimal digits and )");
+    return Fail(Say("hex( takes 1 to 8 hexadecimal digits and )"));
   }
   ++at_;
   value.type = static_cast<RegistryType>(HexNumber(digits));
@@ -301,8 +309,9 @@ bool RegParser::ParseHexBytes(RegValue& value) {
     }
     const std::string digits = Take(3, IsHexDigit);
     if (digits.empty() && value.data.empty() && !byteExpected) return true;
-    if (digits.empty() || digits.size() > 2) return Fail("a byte is 1 or 2 hexadecimal digits");
-    if (value.data.size() == kMaxValueBytes) return Fail("the value is larger than 64 KiB");
+    if (digits.empty() || digits.size() > 2)
+      return Fail(Say("a byte is 1 or 2 hexadecimal digits"));
+    if (value.data.size() == kMaxValueBytes) return Fail(Say("the value is larger than 64 KiB"));
     value.data.push_back(static_cast<std::uint8_t>(HexNumber(digits)));
     SkipBlanks();
     if (Peek() != ',') return true;
@@ -314,8 +323,8 @@ bool RegParser::ParseHexBytes(RegValue& value) {
 bool RegParser::ContinueLine() {
   ++at_;
   SkipBlanks();
-  if (!AtEnd()) return Fail("nothing may follow the \\ at the end of a line");
-  if (next_ == lines_.size()) return Fail("the file ends in the middle of a value");
+  if (!AtEnd()) return Fail(Say("nothing may follow the \\ at the end of a line"));
+  if (next_ == lines_.size()) return Fail(Say("the file ends in the middle of a value"));
   line_ = lines_[next_++];
   at_ = 0;
   return true;
@@ -330,10 +339,11 @@ bool RegParser::WidenBytes(RegValue& value) {
   if (!narrowStrings_ || !text) return true;
   std::vector<std::uint8_t> wide;
   for (const std::uint8_t byte : value.data) {
-    if (byte >= 0x80) return Fail("a text byte above 7F, whose code page is not known");
+    if (byte >= 0x80)
+      return Fail(Say("there is a text byte above 7F, whose code page is not known"));
     wide.insert(wide.end(), {byte, 0});
   }
-  if (wide.size() > kMaxValueBytes) return Fail("the value is larger than 64 KiB");
+  if (wide.size() > kMaxValueBytes) return Fail(Say("the value is larger than 64 KiB"));
   value.data = std::move(wide);
   widened_ = true;
   return true;
@@ -345,7 +355,7 @@ bool RegParser::ParseEnd(RegValue& value) {
     value.comment = std::string(line_.substr(at_));
     return true;
   }
-  return AtEnd() || Fail("more text after the value");
+  return AtEnd() || Fail(Say("there is more text behind the value"));
 }
 
 void RegParser::SkipBlanks() {

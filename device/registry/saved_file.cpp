@@ -8,14 +8,24 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
-#include <cstring>
 #include <system_error>
 #include <thread>
 
+#include "platform/system_trouble.h"
+
 namespace kelpin::device::registry {
+
+using platform::Say;
+using platform::Words;
+
 namespace {
 
 constexpr std::uint32_t kLockPollMilliseconds = 10;
+constexpr std::string_view kCannotOpen = Words("%s: the settings file cannot be opened: %s");
+constexpr std::string_view kCannotRead = Words("%s: the settings file cannot be read: %s");
+constexpr std::string_view kCannotWrite = Words("%s: the settings file cannot be written: %s");
+constexpr std::string_view kCannotLock = Words("%s: the settings file cannot be locked: %s");
+constexpr std::string_view kCannotMakeFolder = Words("%s: the folder cannot be made: %s");
 
 // Closes what it holds.
 class Descriptor {
@@ -36,8 +46,9 @@ class Descriptor {
   int number_;
 };
 
-std::string Problem(const std::filesystem::path& path, const char* what) {
-  return path.string() + ": " + what + ": " + std::strerror(errno);
+// `english` takes the file's name and the reason, which is in errno.
+std::string Problem(std::string_view english, const std::filesystem::path& path) {
+  return Say(english, {path.string(), platform::SystemTrouble(errno)});
 }
 
 FileStamp StampOf(const struct stat& status) {
@@ -92,16 +103,16 @@ ReadOutcome ReadWholeFile(const std::filesystem::path& path, std::size_t limit, 
       stamp = FileStamp();
       return ReadOutcome::kMissing;
     }
-    why = Problem(path, "cannot be opened");
+    why = Problem(kCannotOpen, path);
     return ReadOutcome::kFailed;
   }
   struct stat status {};
   if (::fstat(file.Number(), &status) != 0) {
-    why = Problem(path, "cannot be read");
+    why = Problem(kCannotRead, path);
     return ReadOutcome::kFailed;
   }
   if (!S_ISREG(status.st_mode)) {
-    why = path.string() + ": is not a regular file";
+    why = Say("%s: not a file. Name a settings file with --registry FILE", {path.string()});
     return ReadOutcome::kFailed;
   }
   std::string content;
@@ -110,14 +121,17 @@ ReadOutcome ReadWholeFile(const std::filesystem::path& path, std::size_t limit, 
     const ::ssize_t count = ::read(file.Number(), block, sizeof block);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) {
-      why = Problem(path, "cannot be read");
+      why = Problem(kCannotRead, path);
       return ReadOutcome::kFailed;
     }
     if (count == 0) break;
     content.append(block, static_cast<std::size_t>(count));
   }
   if (content.size() > limit) {
-    why = path.string() + ": is larger than " + std::to_string(limit) + " bytes";
+    why =
+        Say("%s: larger than %s bytes, and so no settings file. It was left as it is; name another "
+            "one with --registry FILE",
+            {path.string(), std::to_string(limit)});
     return ReadOutcome::kFailed;
   }
   bytes = std::move(content);
@@ -130,30 +144,30 @@ bool SaveAtomically(const std::filesystem::path& path, std::string_view bytes, F
   const std::filesystem::path fresh = Beside(path, ".new");
   // One that a crash left behind is nobody's: writers hold the lock.
   if (::unlink(fresh.c_str()) != 0 && errno != ENOENT) {
-    why = Problem(fresh, "cannot be removed");
+    why = Problem(kCannotWrite, fresh);
     return false;
   }
   Descriptor file(
       ::open(fresh.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
   if (file.Number() < 0) {
-    why = Problem(fresh, "cannot be made");
+    why = Problem(kCannotWrite, fresh);
     return false;
   }
   struct stat status {};
   if (!WriteAll(file.Number(), bytes) || ::fsync(file.Number()) != 0 ||
       ::fstat(file.Number(), &status) != 0 || !file.Close()) {
-    why = Problem(fresh, "cannot be written");
+    why = Problem(kCannotWrite, fresh);
     ::unlink(fresh.c_str());
     return false;
   }
   if (::rename(fresh.c_str(), path.c_str()) != 0) {
-    why = Problem(path, "cannot be replaced");
+    why = Problem(kCannotWrite, path);
     ::unlink(fresh.c_str());
     return false;
   }
   stamp = StampOf(status);
   if (!SyncFolder(FolderOf(path))) {
-    why = Problem(path, "may not have reached the disk");
+    why = Problem(kCannotWrite, path);
     return false;
   }
   return true;
@@ -167,23 +181,25 @@ bool FileLock::Acquire(const std::filesystem::path& guarded, std::uint32_t milli
                        std::string& why) {
   const std::filesystem::path folder = FolderOf(guarded);
   if (!MakeFolder(folder)) {
-    why = Problem(folder, "cannot be made");
+    why = Problem(kCannotMakeFolder, folder);
     return false;
   }
   const std::filesystem::path path = Beside(guarded, ".lock");
   descriptor_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0600);
   if (descriptor_ < 0) {
-    why = Problem(path, "cannot be opened");
+    why = Problem(kCannotLock, path);
     return false;
   }
   for (std::uint32_t waited = 0;; waited += kLockPollMilliseconds) {
     if (::flock(descriptor_, LOCK_EX | LOCK_NB) == 0) return true;
     if (errno != EWOULDBLOCK && errno != EINTR) {
-      why = Problem(path, "cannot be locked");
+      why = Problem(kCannotLock, path);
       return false;
     }
     if (waited >= milliseconds) {
-      why = path.string() + ": another program holds the lock";
+      why =
+          Say("%s: another program keeps the settings file locked. End that program and try again",
+              {path.string()});
       return false;
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(kLockPollMilliseconds));

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "device/registry/reg_text.h"
+#include "platform/wording.h"
 
 namespace kelpin::device::registry {
 namespace {
@@ -30,7 +31,10 @@ bool ReadRegFile(const std::filesystem::path& path, RegFile& file, FileStamp& st
     case ReadOutcome::kRead: {
       RegError error;
       if (!RegFile::Parse(bytes, parsed, error)) {
-        why = path.string() + ":" + std::to_string(error.line) + ": " + error.reason;
+        why = platform::Say(
+            "%s:%s: %s. The settings file was left as it is: correct this line, or "
+            "move the file away, and start again",
+            {path.string(), std::to_string(error.line), error.reason});
         return false;
       }
     }
@@ -53,7 +57,7 @@ std::unique_ptr<TextRegistry> TextRegistry::Open(const std::filesystem::path& us
                                                  const std::filesystem::path& systemFile,
                                                  std::string& why) {
   if (userFile.empty()) {
-    why = "no file to keep the settings in";
+    why = platform::Say("The settings file has no name. Name one with --registry FILE");
     return nullptr;
   }
   std::unique_ptr<TextRegistry> registry(new TextRegistry(Resolve(userFile)));
@@ -186,8 +190,9 @@ bool TextRegistry::Save() {
   RegFile readBack;
   RegError error;
   if (!RegFile::Parse(text, readBack, error)) {
-    problem_ = userFile_.string() + ": would not be readable: line " + std::to_string(error.line) +
-               ": " + error.reason;
+    problem_ = platform::Say(
+        "%s: the settings file would not be readable, and was not written: line %s: %s",
+        {userFile_.string(), std::to_string(error.line), error.reason});
     return false;
   }
   if (!SaveAtomically(userFile_, text, stamp_, problem_)) return false;

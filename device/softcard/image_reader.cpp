@@ -13,8 +13,12 @@
 #include "device/softcard/hex.h"
 #include "device/softcard/image_names.h"
 #include "device/softcard/json_text.h"
+#include "platform/wording.h"
 
 namespace kelpin::device::softcard {
+
+using platform::Say;
+
 namespace {
 
 using nlohmann::json;
@@ -38,7 +42,7 @@ class Place {
 
   bool Fail(const std::string& why) const {
     if (error_.empty()) {
-      error_ = (path_.empty() ? "/" : path_) + ": " + why;
+      error_ = platform::Printable(path_.empty() ? "/" : path_) + ": " + why;
     }
     return false;
   }
@@ -52,23 +56,23 @@ class Place {
 
   bool IsObjectOf(std::initializer_list<std::string_view> members) const {
     if (!value_.is_object()) {
-      return Fail("an object is wanted");
+      return Fail(Say("an object is wanted"));
     }
     for (const auto& item : value_.items()) {
       if (std::find(members.begin(), members.end(), item.key()) == members.end()) {
-        return Fail("unknown member \"" + item.key() + '"');
+        return Fail(Say("unknown member \"%s\"", {item.key()}));
       }
     }
     return true;
   }
 
   bool Needs(const char* member) const {
-    return Has(member) || Fail(std::string("\"") + member + "\" is missing");
+    return Has(member) || Fail(Say("\"%s\" is missing", {member}));
   }
 
   bool Text(std::string& text) const {
     if (!value_.is_string()) {
-      return Fail("a text is wanted");
+      return Fail(Say("a text is wanted"));
     }
     text = value_.get_ref<const std::string&>();
     return true;
@@ -76,7 +80,7 @@ class Place {
 
   bool Flag(bool& flag) const {
     if (!value_.is_boolean()) {
-      return Fail("true or false is wanted");
+      return Fail(Say("true or false is wanted"));
     }
     flag = value_.get<bool>();
     return true;
@@ -89,8 +93,8 @@ class Place {
                                    ? value_.get<std::int64_t>()
                                    : kNoNumber;
     if (value < static_cast<std::int64_t>(lowest) || value > static_cast<std::int64_t>(highest)) {
-      return Fail("a whole number from " + std::to_string(lowest) + " to " +
-                  std::to_string(highest) + " is wanted");
+      return Fail(Say("a whole number from %s to %s is wanted",
+                      {std::to_string(lowest), std::to_string(highest)}));
     }
     number = static_cast<Number>(value);
     return true;
@@ -103,13 +107,15 @@ class Place {
     }
     std::vector<std::uint8_t> decoded;
     if (!FromHex(text, decoded)) {
-      return Fail("hexadecimal digits are wanted, two a byte");
+      return Fail(Say("hexadecimal digits are wanted, two a byte"));
     }
     if (decoded.size() < shortest || decoded.size() > longest) {
-      return Fail(std::to_string(decoded.size()) + " bytes, " +
-                  (shortest == longest ? std::to_string(longest) + " are wanted"
-                                       : std::to_string(shortest) + " to " +
-                                             std::to_string(longest) + " are wanted"));
+      return Fail(shortest == longest
+                      ? Say("%s bytes, %s are wanted",
+                            {std::to_string(decoded.size()), std::to_string(longest)})
+                      : Say("%s bytes, %s to %s are wanted",
+                            {std::to_string(decoded.size()), std::to_string(shortest),
+                             std::to_string(longest)}));
     }
     bytes = std::move(decoded);
     return true;
@@ -129,7 +135,7 @@ class Place {
       }
       known += (known.empty() ? "" : ", ") + std::string(entry.word);
     }
-    return Fail("one of " + known + " is wanted");
+    return Fail(Say("one of %s is wanted", {known}));
   }
 
  private:
@@ -152,8 +158,8 @@ bool ReadDigits(const Place& place, std::size_t shortest, std::size_t longest,
   const bool good =
       digits.size() >= shortest && digits.size() <= longest &&
       std::all_of(digits.begin(), digits.end(), [](char c) { return c >= '0' && c <= '9'; });
-  return good || place.Fail(std::to_string(shortest) + " to " + std::to_string(longest) +
-                            " decimal digits are wanted");
+  return good || place.Fail(Say("%s to %s decimal digits are wanted",
+                                {std::to_string(shortest), std::to_string(longest)}));
 }
 
 bool ReadPin(const Place& place, Pin& pin) {
@@ -197,7 +203,7 @@ bool ReadRecord(const Place& place, std::size_t number, std::size_t count, FileC
   std::vector<std::uint8_t> bytes;
   const std::size_t length = content.recordLength;
   if (number > count) {
-    return place.Fail("more records than recordCount says");
+    return place.Fail(Say("more records than recordCount says"));
   }
   if (place.Value().is_object()) {
     std::string note;
@@ -238,7 +244,7 @@ bool ReadRecords(const Place& place, FileContent& content, Totals& totals) {
   const std::size_t length = content.recordLength;
   totals.bytes += length * count;
   if (totals.bytes > kMaxContent) {
-    return place.Fail("the files hold more than " + std::to_string(kMaxContent) + " bytes");
+    return place.Fail(Say("the files hold more than %s bytes", {std::to_string(kMaxContent)}));
   }
   if (place.Has("fill") && !place.At("fill").Bytes(length, length, content.fill)) {
     return false;
@@ -251,7 +257,7 @@ bool ReadRecords(const Place& place, FileContent& content, Totals& totals) {
   }
   const Place records = place.At("records");
   if (!records.Value().is_array()) {
-    return records.Fail("a list of records is wanted");
+    return records.Fail(Say("a list of records is wanted"));
   }
   for (std::size_t i = 0; i < records.Value().size(); ++i) {
     if (!ReadRecord(records.At(i), i + 1, count, content)) {
@@ -277,24 +283,24 @@ bool ReadElementary(const Place& place, CardFile& file, Totals& totals) {
     for (const char* own :
          {"structure", "data", "recordLength", "recordCount", "fill", "records"}) {
       if (place.Has(own)) {
-        return place.Fail(std::string("a link has no \"") + own + "\" of its own");
+        return place.Fail(Say("a link has no \"%s\" of its own", {own}));
       }
     }
     file.kind = FileKind::kTransparent;  // until the link is resolved
     return place.At("link").Text(file.link) &&
-           (!file.link.empty() || place.At("link").Fail("a path is wanted"));
+           (!file.link.empty() || place.At("link").Fail(Say("a path is wanted")));
   }
   if (!place.Needs("structure") || !place.At("structure").Word(kStructureWords, file.kind)) {
     return false;
   }
   file.content = std::make_shared<FileContent>();
   if (file.kind != FileKind::kTransparent) {
-    return (!place.Has("data") || place.Fail("a file of records has no \"data\"")) &&
+    return (!place.Has("data") || place.Fail(Say("a file of records has no \"data\""))) &&
            ReadRecords(place, *file.content, totals);
   }
   for (const char* records : {"recordLength", "recordCount", "fill", "records"}) {
     if (place.Has(records)) {
-      return place.Fail(std::string("a transparent file has no \"") + records + '"');
+      return place.Fail(Say("a transparent file has no \"%s\"", {records}));
     }
   }
   if (!place.Needs("data") || !place.At("data").Bytes(1, kMaxTransparent, file.content->bytes)) {
@@ -302,17 +308,18 @@ bool ReadElementary(const Place& place, CardFile& file, Totals& totals) {
   }
   totals.bytes += file.content->bytes.size();
   return totals.bytes <= kMaxContent ||
-         place.Fail("the files hold more than " + std::to_string(kMaxContent) + " bytes");
+         place.Fail(Say("the files hold more than %s bytes", {std::to_string(kMaxContent)}));
 }
 
 bool ReadFile(const Place& place, int depth, CardFile& file, Totals& totals);
 
 bool ReadChildren(const Place& place, int depth, CardFile& directory, Totals& totals) {
   if (!place.Value().is_array()) {
-    return place.Fail("a list of files is wanted");
+    return place.Fail(Say("a list of files is wanted"));
   }
   if (depth > kMaxDirectoryDepth) {
-    return place.Fail("directories stand deeper than " + std::to_string(kMaxDirectoryDepth));
+    return place.Fail(
+        Say("directories stand deeper than %s", {std::to_string(kMaxDirectoryDepth)}));
   }
   for (std::size_t i = 0; i < place.Value().size(); ++i) {
     auto child = std::make_unique<CardFile>();
@@ -324,10 +331,10 @@ bool ReadChildren(const Place& place, int depth, CardFile& directory, Totals& to
     for (const auto& other : directory.children) {
       if (child->kind == FileKind::kAdf ? other->aid == child->aid && !child->aid.empty()
                                         : other->kind != FileKind::kAdf && other->id == child->id) {
-        return at.Fail("a second file of this id in one directory");
+        return at.Fail(Say("a second file of this id in one directory"));
       }
       if (child->sfi && *child->sfi != 0 && other->sfi == child->sfi) {
-        return at.Fail("a second file of this sfi in one directory");
+        return at.Fail(Say("a second file of this sfi in one directory"));
       }
     }
     directory.children.push_back(std::move(child));
@@ -342,10 +349,10 @@ bool ReadDirectory(const Place& place, int depth, CardFile& file, Totals& totals
   if (place.Has("aid")) {
     file.kind = FileKind::kAdf;
     if (place.Has("id")) {
-      return place.Fail("an application has an \"aid\", no \"id\"");
+      return place.Fail(Say("an application has an \"aid\", no \"id\""));
     }
     if (depth != 1) {
-      return place.Fail("an application stands in the master file alone");
+      return place.Fail(Say("an application stands in the master file alone"));
     }
     if (!place.At("aid").Bytes(kMinAid, kMaxAid, file.aid)) {
       return false;
@@ -357,10 +364,10 @@ bool ReadDirectory(const Place& place, int depth, CardFile& file, Totals& totals
 // `depth` is that of the directory the file stands in: 1 in the master file.
 bool ReadFile(const Place& place, int depth, CardFile& file, Totals& totals) {
   if (!place.Value().is_object()) {
-    return place.Fail("an object is wanted");
+    return place.Fail(Say("an object is wanted"));
   }
   if (++totals.files > kMaxFiles) {
-    return place.Fail("more than " + std::to_string(kMaxFiles) + " files");
+    return place.Fail(Say("more than %s files", {std::to_string(kMaxFiles)}));
   }
   if ((place.Has("name") && !place.At("name").Text(file.name)) ||
       (place.Has("note") && !place.At("note").Text(file.note)) ||
@@ -375,7 +382,7 @@ bool ReadFile(const Place& place, int depth, CardFile& file, Totals& totals) {
     file.id = static_cast<std::uint16_t>(id[0] << 8 | id[1]);
     // The master file, the current application, and two ISO/IEC 7816-4 keeps for itself.
     if (file.id == 0x3F00 || file.id == 0x7FFF || file.id == 0x3FFF || file.id == 0xFFFF) {
-      return place.At("id").Fail("this id is taken by the standards");
+      return place.At("id").Fail(Say("this id is taken by the standards"));
     }
   }
   return place.Has("files") || place.Has("aid")
@@ -397,7 +404,7 @@ bool ResolveLinks(const CardImage& image, CardFile& directory, std::string& erro
     }
     const CardFile* target = image.Find(child->link);
     if (target == nullptr || target->IsDirectory() || !target->link.empty()) {
-      error = "link \"" + child->link + "\": no file with content of its own there";
+      error = Say("link \"%s\": no file with content of its own there", {child->link});
       return false;
     }
     child->kind = target->kind;
@@ -423,7 +430,7 @@ bool ReadOptions(const Place& root, CardImage& image) {
 bool ReadImage(std::string_view text, CardImage& image, std::string& error) {
   error.clear();
   if (text.size() > kMaxImageText) {
-    error = "larger than " + std::to_string(kMaxImageText) + " bytes";
+    error = Say("larger than %s bytes", {std::to_string(kMaxImageText)});
     return false;
   }
   json parsed;
@@ -439,7 +446,7 @@ bool ReadImage(std::string_view text, CardImage& image, std::string& error) {
     return false;
   }
   if (format != kImageFormat) {
-    return root.At("format").Fail("\"" + std::string(kImageFormat) + "\" is wanted");
+    return root.At("format").Fail(Say("\"%s\" is wanted", {kImageFormat}));
   }
   if (!ReadOptions(root, read) || !root.Needs("pins") || !ReadPins(root.At("pins"), read) ||
       !root.Needs("mf")) {

@@ -7,19 +7,23 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
-#include <system_error>
 #include <utility>
 
 #include "device/softcard/image_reader.h"
 #include "device/softcard/image_writer.h"
+#include "platform/system_trouble.h"
 
 namespace kelpin::device::softcard {
+
+using platform::Say;
+using platform::SystemTrouble;
+using platform::Words;
+
 namespace {
 
-std::string Reason(int number) {
-  return std::generic_category().message(number);
-}
+constexpr std::string_view kCannotOpen = Words("%s: the card file cannot be opened: %s");
+constexpr std::string_view kCannotRead = Words("%s: the card file cannot be read: %s");
+constexpr std::string_view kCannotLock = Words("%s: the card file cannot be locked: %s");
 
 class Descriptor {
  public:
@@ -83,7 +87,7 @@ std::string LockPath(const std::string& path) {
 std::string Holder(int lock) {
   std::string text;
   if (!ReadAll(lock, 128, text) || text.find('\n') == std::string::npos) {
-    return "another program";
+    return Say("another program");
   }
   return text.substr(0, text.find('\n'));
 }
@@ -110,13 +114,14 @@ bool ImageStore::TakeLock(const std::string& path, int& lock, std::string& error
         lock = -1;
         return true;
       }
-      error = name + ": " + Reason(errno);
+      error = Say(kCannotLock, {name, SystemTrouble(errno)});
       return false;
     }
     if (flock(file.Number(), LOCK_EX | LOCK_NB) != 0) {
-      error = errno == EWOULDBLOCK ? path + " is in use by " + Holder(file.Number()) +
-                                         "; close it there, or open a copy of the file"
-                                   : name + ": " + Reason(errno);
+      error = errno == EWOULDBLOCK
+                  ? Say("%s is in use by %s; close it there, or open a copy of the file",
+                        {path, Holder(file.Number())})
+                  : Say(kCannotLock, {name, SystemTrouble(errno)});
       return false;
     }
     struct stat held = {};
@@ -139,14 +144,14 @@ std::unique_ptr<ImageStore> ImageStore::Open(const std::string& path, std::strin
   // The file itself, not a link to it: a save puts a new file in its place.
   char* resolved = realpath(path.c_str(), nullptr);
   if (resolved == nullptr) {
-    error = path + ": " + Reason(errno);
+    error = Say(kCannotOpen, {path, SystemTrouble(errno)});
     return nullptr;
   }
   const std::string real = resolved;
   std::free(resolved);
   struct stat status = {};
   if (stat(real.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
-    error = path + ": not a file";
+    error = Say("%s: not a file, and a card file is wanted. Name one", {path});
     return nullptr;
   }
   int lock = -1;
@@ -172,12 +177,15 @@ bool ImageStore::Load(CardImage& image, std::string& error) {
   std::string text;
   if (!file.Good() || fstat(file.Number(), &status) != 0 ||
       !ReadAll(file.Number(), kMaxImageText, text)) {
-    error = path_ + ": " + Reason(errno);
+    error = Say(kCannotRead, {path_, SystemTrouble(errno)});
     return false;
   }
   std::string why;
   if (!ReadImage(text, image, why)) {
-    error = path_ + ": " + why;
+    error = Say(
+        "%s: not a card file, or a damaged one; it was left as it is. Put a copy of it back in its "
+        "place, or open another one (%s)",
+        {path_, why});
     return false;
   }
   stamp_ = StampOf(status);
@@ -186,7 +194,7 @@ bool ImageStore::Load(CardImage& image, std::string& error) {
 
 bool ImageStore::Save(const CardImage& image, std::string& error) {
   const auto fail = [this, &error](int number) {
-    error = path_ + ": cannot be saved: " + Reason(number);
+    error = Say("%s: the card file cannot be saved: %s", {path_, SystemTrouble(number)});
     return false;
   };
   if (lock_ < 0) {

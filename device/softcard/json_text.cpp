@@ -1,10 +1,16 @@
 #include "device/softcard/json_text.h"
 
 #include <set>
+#include <string_view>
 #include <utility>
 #include <vector>
 
+#include "platform/wording.h"
+
 namespace kelpin::device::softcard {
+
+using platform::Say;
+
 namespace {
 
 constexpr int kMaxDepth = 32;
@@ -26,14 +32,14 @@ class Watcher {
         break;
       case Event::key:
         if (!members_.back().insert(parsed.get_ref<const std::string&>()).second) {
-          reason_ = "the member " + parsed.dump() + " stands twice in one object";
+          reason_ = Say("the member %s stands twice in one object", {parsed.dump()});
         }
         break;
       default:
         break;
     }
     if (depth > kMaxDepth) {
-      reason_ = "nested deeper than " + std::to_string(kMaxDepth);
+      reason_ = Say("nested deeper than %s", {std::to_string(kMaxDepth)});
     }
     return reason_.empty();
   }
@@ -45,14 +51,18 @@ class Watcher {
   std::string reason_;
 };
 
-// "parse error at line 3, column 5" and what that means to the user. The rest of what the library
-// says repeats the file, which may hold anything.
+// Where in the file the library met what is not JSON: "parse error at line 3, column 5: …". The
+// rest of what it says repeats the file, which may hold anything.
 std::string Place(const std::string& text) {
-  const std::size_t start = text.find("parse error at ");
-  const std::size_t end = text.find(": ", start);
-  return start == std::string::npos || end == std::string::npos
-             ? "a number in it is too large"
-             : text.substr(start, end - start) + ": no card image, or one that is damaged";
+  std::string line;
+  std::string column;
+  for (const auto& [word, number] : {std::pair{" line ", &line}, std::pair{" column ", &column}}) {
+    const std::size_t at = text.find(word);
+    if (at == std::string::npos) return Say("a number in it is too large");
+    const std::size_t first = at + std::string_view(word).size();
+    *number = text.substr(first, text.find_first_not_of("0123456789", first) - first);
+  }
+  return Say("line %s, column %s: this is no JSON", {line, column});
 }
 
 }  // namespace

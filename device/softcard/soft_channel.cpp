@@ -59,6 +59,9 @@ bool SoftChannel::Persist() NO_THREAD_SAFETY_ANALYSIS {
   }
   if (!store_->Save(image_, error_)) {
     saveFailed_ = true;
+    if (trouble_) {
+      trouble_(error_);
+    }
     return false;
   }
   return true;
@@ -242,6 +245,11 @@ std::uint64_t SoftChannel::CommandCount() const {
 void SoftChannel::SetTrace(Trace trace) {
   const MutexLock hold(lock_);
   trace_ = std::move(trace);
+}
+
+void SoftChannel::SetTrouble(Trouble trouble) {
+  const MutexLock hold(lock_);
+  trouble_ = std::move(trouble);
 }
 
 std::string SoftChannel::LastError() const {

@@ -61,6 +61,9 @@ class SoftChannel : public card::CardChannel {
   // Commands the card answered since it was opened.
   std::uint64_t CommandCount() const;
   void SetTrace(Trace trace);
+  // Told why a change could not be saved, each time. Called within Transmit; must not call back.
+  using Trouble = std::function<void(const std::string& trouble)>;
+  void SetTrouble(Trouble trouble);
   // Why the last kStorage or kNoReader was told.
   std::string LastError() const;
 
@@ -90,6 +93,7 @@ class SoftChannel : public card::CardChannel {
   std::uint64_t commands_ GUARDED_BY(lock_) = 0;
   std::string error_ GUARDED_BY(lock_);
   Trace trace_ GUARDED_BY(lock_);
+  Trouble trouble_ GUARDED_BY(lock_);
   std::deque<Event> events_ GUARDED_BY(lock_);
   bool closing_ GUARDED_BY(lock_) = false;
 

@@ -133,7 +133,9 @@ TEST(ScratchFolder, AFolderThatCannotBeMadeSaysWhere) {
   ScratchFolder scratch;
   std::string why;
   EXPECT_FALSE(scratch.Make(parent / "missing", why));
-  EXPECT_THAT(why, HasSubstr("missing: no scratch folder can be made in it"));
+  EXPECT_THAT(
+      why,
+      HasSubstr("missing: no folder for the demonstration can be made in it: it is not there"));
 }
 
 TEST(MakeWholeFile, ItIsTheUsersAloneAndNothingStandsBesideIt) {
@@ -160,7 +162,7 @@ TEST(MakeWholeFile, WithoutAFolderItSaysSo) {
   const test::ScratchFolder folder;
   std::string why;
   EXPECT_FALSE(MakeWholeFile(folder / "missing/card.json", "abc", why));
-  EXPECT_THAT(why, HasSubstr("missing/card.json: cannot be made: No such file or directory"));
+  EXPECT_THAT(why, HasSubstr("missing/card.json: the file cannot be made: it is not there"));
 }
 
 }  // namespace

@@ -178,10 +178,10 @@ TEST_F(TextRegistryTest, AFolderOrPipeInTheFilesPlaceIsRefusedAtOnce) {
   std::string why;
   std::filesystem::create_directory(file_);
   EXPECT_EQ(TextRegistry::Open(file_, {}, why), nullptr);
-  EXPECT_THAT(why, HasSubstr("not a regular file"));
+  EXPECT_THAT(why, HasSubstr("not a file. Name a settings file"));
   ASSERT_EQ(::mkfifo(system_.c_str(), 0600), 0);
   EXPECT_EQ(TextRegistry::Open(system_, {}, why), nullptr);
-  EXPECT_THAT(why, HasSubstr("not a regular file"));
+  EXPECT_THAT(why, HasSubstr("not a file. Name a settings file"));
   EXPECT_EQ(TextRegistry::Open("", {}, why), nullptr);
 }
 

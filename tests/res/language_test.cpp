@@ -125,6 +125,46 @@ TEST(LanguageFile, IsRefusedWhenItIsTooLong) {
   EXPECT_THAT(read.notes, ElementsAre(HasSubstr("longer than 262144 bytes")));
 }
 
+TEST(LanguageFile, GivesWhatAdaptersSayByTheEnglishWords) {
+  std::vector<std::string> notes;
+  LanguageSayings sayings;
+  const auto texts = ReadLanguage(
+      "KELPIN LANGUAGE 1\n"
+      "\"%s: not a file\" = \"%s: Das ist keine Datei\"\n"
+      "27 = Bearbeiten\n"
+      "  \"say \\\"x\\\" \\\\ = \\n\"=\"\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80 \\\"x\\\" \\\\ \\n\"  "
+      "\r\n",
+      notes, &sayings);
+  EXPECT_THAT(notes, IsEmpty());
+  ASSERT_TRUE(texts.has_value());
+  EXPECT_EQ(texts->size(), 1u);
+  EXPECT_EQ(sayings, (LanguageSayings{{"%s: not a file", "%s: Das ist keine Datei"},
+                                      {"say \"x\" \\ = \n", "ä€😀 \"x\" \\ \n"}}));
+}
+
+TEST(LanguageFile, LeavesOutASayingThatCannotStandForTheEnglishOne) {
+  std::vector<std::string> notes;
+  LanguageSayings sayings;
+  ASSERT_TRUE(ReadLanguage("KELPIN LANGUAGE 1\n\"%s: a\" = \"b\"\n\"c\" = \"%s\"\n\"d\" = \"\"\n"
+                           "\"\" = \"e\"\n\"f\" = \"g\"\n\"f\" = \"h\"\n",
+                           notes, &sayings)
+                  .has_value());
+  EXPECT_EQ(sayings, (LanguageSayings{{"f", "g"}}));
+  ASSERT_EQ(notes.size(), 5u);
+  EXPECT_THAT(notes[0], HasSubstr("line 2: text \"%s: a\" is left out: its %d and %s"));
+  EXPECT_THAT(notes[4], HasSubstr("line 7: text \"f\" is left out: a line above"));
+}
+
+TEST(LanguageFile, IsRefusedWholeAtASayingThatIsNone) {
+  for (const char* line :
+       {"\"a\"", "\"a\" =", "\"a\" = b", "\"a\" = \"b", "\"a\" = \"b\" c", "\"a = \"b\"", "\"",
+        "\"a\" = \"b\\\"", "\"a\\t\" = \"b\"", "\"a\" = \"\xFF\"", "\"a\" = \"\x1B\"", "\"a\\"}) {
+    const Read read("28 = good\n" + std::string(line) + "\n");
+    EXPECT_FALSE(read.texts.has_value()) << line;
+    EXPECT_THAT(read.notes, ElementsAre(HasSubstr("line 3: "))) << line;
+  }
+}
+
 // 148 has two %d, 116 one %s, 87 one %s, 27 none.
 TEST(LanguageFile, LeavesOutATextWhoseDirectivesAreOthers) {
   const Read read(

@@ -159,8 +159,7 @@ TEST(ImageReader, LinksLeadToAFileWithContentOfItsOwn) {
 }
 
 TEST(ImageReader, BrokenTextIsRefusedWithItsPlace) {
-  EXPECT_EQ(Refusal("{\"format\":\n  \x1B[31m\xFF"),
-            "parse error at line 2, column 3: no card image, or one that is damaged");
+  EXPECT_EQ(Refusal("{\"format\":\n  \x1B[31m\xFF"), "line 2, column 3: this is no JSON");
   EXPECT_EQ(Refusal("[1e999]"), "a number in it is too large");
   EXPECT_NE(Refusal("\xEF\xBB\xBF\xFF"), "");
   EXPECT_NE(Refusal(WithOption("\"note\": \"\xC3\x28\"")), "");  // no UTF-8

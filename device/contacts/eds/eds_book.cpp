@@ -6,10 +6,13 @@
 #include <utility>
 
 #include "device/contacts/eds/card_fields.h"
+#include "platform/wording.h"
 
 namespace kelpin::device::contacts {
 
 using platform::ComResult;
+using platform::Say;
+using platform::Words;
 
 namespace {
 
@@ -18,12 +21,10 @@ constexpr guint32 kNoWaitForConnection = std::numeric_limits<guint32>::max();
 constexpr int kOwnPatience = -1;      // what the bus has for a call
 constexpr int kConflictPatience = 5;  // saves in a row that others may be faster with
 
-constexpr const char* kCannotRead = "its contacts cannot be read";
-constexpr const char* kCannotChange = "its contacts cannot be changed";
-// A book of an account that was not reached yet looks like one that may only be read.
-constexpr const char* kAccountAdvice =
-    "If it belongs to an online account, open the desktop's contacts program, see that the network "
-    "is there and the account has its password, and try again";
+constexpr std::string_view kCannotRead =
+    Words("the address book %s: its contacts cannot be read: %s");
+constexpr std::string_view kCannotChange =
+    Words("the address book %s: its contacts cannot be changed: %s");
 
 bool IsGone(const ErrorHolder& error) {
   return g_error_matches(error.taken, E_BOOK_CLIENT_ERROR, E_BOOK_CLIENT_ERROR_CONTACT_NOT_FOUND);
@@ -35,18 +36,25 @@ std::string Reason(const ErrorHolder& error) {
     return g_error_matches(error.taken, E_CLIENT_ERROR, code) != FALSE;
   };
   if (is(E_CLIENT_ERROR_PERMISSION_DENIED)) {
-    return std::string("it can only be read. ") + kAccountAdvice;
+    // A book of an account that was not reached yet looks like one that may only be read.
+    return Say(
+        "it can only be read. If it belongs to an online account, open the desktop's contacts "
+        "program, see that the network is there and the account has its password, and try again");
   }
   if (is(E_CLIENT_ERROR_AUTHENTICATION_REQUIRED) || is(E_CLIENT_ERROR_AUTHENTICATION_FAILED)) {
-    return "it needs its password. Give it in the desktop's contacts program and try again";
+    return Say("it needs its password. Give it in the desktop's contacts program and try again");
   }
   if (is(E_CLIENT_ERROR_REPOSITORY_OFFLINE) || is(E_CLIENT_ERROR_OFFLINE_UNAVAILABLE)) {
-    return "it is offline. See that the network is there and try again";
+    return Say("it is offline. See that the network is there and try again");
   }
   if (error.taken != nullptr) {
     g_dbus_error_strip_remote_error(error.taken);
   }
-  return error.Message();
+  std::string message = error.Message();
+  if (message.ends_with('.')) {
+    message.pop_back();
+  }
+  return Say("%s. See in the desktop's contacts program that the address book works", {message});
 }
 
 bool IsConflict(const ErrorHolder& error) {
@@ -148,31 +156,34 @@ std::shared_ptr<EdsBook> EdsBook::Open(const std::string& book, std::shared_ptr<
   ErrorHolder error;
   const ObjectPointer<ESourceRegistry> registry(e_source_registry_new_sync(nullptr, &error.taken));
   if (registry == nullptr) {
-    why = std::string("the Evolution Data Server cannot be reached: ") + error.Message() +
-          ". Is evolution-data-server installed, and is this a desktop session?";
+    why =
+        Say("the Evolution Data Server cannot be reached: %s. Install the package "
+            "evolution-data-server, and start Kelpin in a desktop session",
+            {error.Message()});
     return nullptr;
   }
   const ObjectPointer<ESource> source = FindBook(registry.get(), book);
   if (source == nullptr) {
-    why = "no address book \"" + book + "\"; there are: " + BookList(registry.get());
+    why = Say("no address book \"%s\"; there are: %s. Write one of them behind --contacts eds:",
+              {book, BookList(registry.get())});
     return nullptr;
   }
   ObjectPointer<EBookClient> client(reinterpret_cast<EBookClient*>(
       e_book_client_connect_sync(source.get(), kNoWaitForConnection, nullptr, &error.taken)));
   if (client == nullptr) {
-    why = std::string("the address book ") + e_source_get_display_name(source.get()) +
-          " cannot be opened: " + Reason(error);
+    why = Say("the address book %s cannot be opened: %s",
+              {e_source_get_display_name(source.get()), Reason(error)});
     return nullptr;
   }
   return std::make_shared<EdsBook>(std::move(client), std::move(shared),
                                    e_source_get_display_name(source.get()), std::move(trouble));
 }
 
-ComResult EdsBook::Fail(const char* what, const ErrorHolder& error) {
+ComResult EdsBook::Fail(std::string_view english, const ErrorHolder& error) {
   if (IsGone(error)) {
     return ComResult::kNotFound;
   }
-  trouble_.Add("the address book " + name_ + ": " + what + ": " + Reason(error));
+  trouble_.Add(Say(english, {name_, Reason(error)}));
   return ComResult::kFail;
 }
 
@@ -180,8 +191,10 @@ ComResult EdsBook::EndSave() {
   if (IsStillThere(e_client_get_source(E_CLIENT(client_.get())))) {
     return ComResult::kOk;
   }
-  trouble_.Add("the address book " + name_ +
-               " was taken away. Choose another one: start Kelpin with --contacts eds:BOOK");
+  trouble_.Add(
+      Say("the address book %s was taken away. Choose another one: start Kelpin with --contacts "
+          "eds:BOOK",
+          {name_}));
   return ComResult::kFail;
 }
 
@@ -198,8 +211,11 @@ ComResult EdsBook::Numbers(std::vector<std::int32_t>& numbers) {
   }
   g_slist_free_full(uids, g_free);
   if (numbers.empty() && e_client_is_readonly(E_CLIENT(client_.get())) != FALSE) {
-    trouble_.Add("the address book " + name_ + " shows no contacts and can only be read. " +
-                 kAccountAdvice);
+    trouble_.Add(Say(
+        "the address book %s shows no contacts and can only be read. If it belongs to an online "
+        "account, open the desktop's contacts program, see that the network is there and the "
+        "account has its password, and try again",
+        {name_}));
   }
   std::sort(numbers.begin(), numbers.end());
   known_ = numbers;

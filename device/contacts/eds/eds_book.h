@@ -61,7 +61,7 @@ class EdsBook final : public ContactBook {
   // What a save that the server took comes to.
   platform::ComResult EndSave();
   // What a call ended with; notes what is worth telling.
-  platform::ComResult Fail(const char* what, const ErrorHolder& error);
+  platform::ComResult Fail(std::string_view english, const ErrorHolder& error);
 
   ObjectPointer<EBookClient> client_;
   std::shared_ptr<EdsShared> shared_;

@@ -8,15 +8,18 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
-#include <system_error>
 #include <thread>
+#include <utility>
 
 #include "device/contacts/contact_record.h"
 #include "device/contacts/sqlite/file_trouble.h"
+#include "platform/system_trouble.h"
 
 namespace kelpin::device::contacts {
+
+using platform::Say;
+using platform::Words;
 
 const char* const kTextColumns[kContactTextCount] = {
     "first_name",   "middle_name",    "last_name",  "company_name",    "file_as",
@@ -34,7 +37,9 @@ constexpr std::size_t kApplicationOffset = 68;
 // Larger files are looked through as they are read, not at the start, which would take long.
 constexpr std::int64_t kLargestLookedThrough = 4 * 1024 * 1024;
 constexpr std::chrono::milliseconds kPause(10);
-constexpr const char* kCannotOpen = "the contacts file cannot be opened";
+constexpr std::string_view kCannotOpen = Words("%s: the contacts file cannot be opened: %s");
+constexpr std::string_view kNotAFile =
+    Words("%s: not a file; name one with --contacts sqlite:FILE");
 
 // An oid is never given out again (AUTOINCREMENT) and fits into 31 bits.
 std::string TableSql() {
@@ -50,27 +55,15 @@ std::string TableSql() {
 constexpr const char* kIndexSql =
     "CREATE INDEX contact_file_as ON contact (file_as) WHERE file_as <> ''";
 
-std::string Reason(int error) {
-  return std::generic_category().message(error);
-}
-
-bool Refuse(const std::string& path, const std::string& reason, std::string& why) {
-  why = path + ": " + reason;
+bool Refuse(std::string reason, std::string& why) {
+  why = std::move(reason);
   return false;
 }
 
-bool RefuseForeign(const std::string& path, const char* what, std::string& why) {
-  return Refuse(
-      path,
-      std::string(what) + "; it was left as it is. Name another file with --contacts sqlite:FILE",
-      why);
-}
-
 bool RefuseDamaged(const std::string& path, const std::string& what, std::string& why) {
-  return Refuse(path,
-                "the contacts file is damaged (" + what +
-                    "); it was left as it is. Put a copy of it back in its place, or name another "
-                    "file with --contacts sqlite:FILE",
+  return Refuse(Say("%s: the contacts file is damaged (%s); it was left as it is. Put a copy of it "
+                    "back in its place, or name another file with --contacts sqlite:FILE",
+                    {path, what}),
                 why);
 }
 
@@ -83,8 +76,9 @@ std::uint32_t BigEndian(const char* bytes) {
 }
 
 bool RefuseNewer(const std::string& path, std::string& why) {
-  return Refuse(path,
-                "the contacts file was made by a newer Kelpin; it was left as it is. Use that one",
+  return Refuse(Say("%s: the contacts file was made by a newer Kelpin; it was left as it is. Use "
+                    "that one",
+                    {path}),
                 why);
 }
 
@@ -97,9 +91,11 @@ bool CheckHeader(const std::string& path, std::string& why) {
     const int error = errno;
     struct stat status = {};
     if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-      return Refuse(path, "not a file; name one with --contacts sqlite:FILE", why);
+      return Refuse(Say(kNotAFile, {path}), why);
     }
-    return Refuse(path, "the contacts file cannot be opened for writing: " + Reason(error), why);
+    return Refuse(Say("%s: the contacts file cannot be opened for writing: %s",
+                      {path, platform::SystemTrouble(error)}),
+                  why);
   }
   struct stat status = {};
   const bool regular = fstat(file, &status) == 0 && S_ISREG(status.st_mode);
@@ -108,20 +104,29 @@ bool CheckHeader(const std::string& path, std::string& why) {
   const int error = errno;
   close(file);
   if (!regular) {
-    return Refuse(path, "not a file; name one with --contacts sqlite:FILE", why);
+    return Refuse(Say(kNotAFile, {path}), why);
   }
   if (got < 0) {
-    return Refuse(path, "the contacts file cannot be read: " + Reason(error), why);
+    return Refuse(
+        Say("%s: the contacts file cannot be read: %s", {path, platform::SystemTrouble(error)}),
+        why);
   }
   if (got == 0) {
     return true;  // new
   }
   const std::string_view text(header.data(), static_cast<std::size_t>(got));
   if (text.size() < kHeaderSize || !text.starts_with(kMagic)) {
-    return RefuseForeign(path, "not a contacts file", why);
+    return Refuse(Say("%s: not a contacts file; it was left as it is. Name another file with "
+                      "--contacts sqlite:FILE",
+                      {path}),
+                  why);
   }
   if (BigEndian(header.data() + kApplicationOffset) != kApplicationId) {
-    return RefuseForeign(path, "another program's database", why);
+    return Refuse(
+        Say("%s: another program's database; it was left as it is. Name another file with "
+            "--contacts sqlite:FILE",
+            {path}),
+        why);
   }
   if (BigEndian(header.data() + kVersionOffset) > kSchemaVersion) {
     return RefuseNewer(path, why);
@@ -129,15 +134,15 @@ bool CheckHeader(const std::string& path, std::string& why) {
   return true;
 }
 
-bool RefuseFor(const std::string& path, const char* what, const Database& database,
+bool RefuseFor(const std::string& path, std::string_view english, const Database& database,
                std::string& why) {
-  why = FileTrouble(path, what, database);
+  why = FileTrouble(english, path, database);
   return false;
 }
 
 // In a journal that is undone as a whole, so that a file is ours or empty and nothing between.
 bool MakeTables(const std::string& path, Database& database, std::string& why) {
-  constexpr const char* kCannotMake = "the contacts file cannot be made";
+  constexpr std::string_view kCannotMake = Words("%s: the contacts file cannot be made: %s");
   if (database.Run("BEGIN IMMEDIATE") != SQLITE_OK) {
     return RefuseFor(path, kCannotMake, database, why);
   }
@@ -187,7 +192,7 @@ bool CheckTables(const std::string& path, Database& database, std::string& why) 
   if (database.Number("PRAGMA application_id", -1) != kApplicationId || version < 1 ||
       SchemaOf(database, "contact") != TableSql() ||
       SchemaOf(database, "contact_file_as") != kIndexSql) {
-    return RefuseDamaged(path, "its tables are not as Kelpin makes them", why);
+    return RefuseDamaged(path, Say("its tables are not as Kelpin makes them"), why);
   }
   const std::int64_t size =
       database.Number("PRAGMA page_count", 0) * database.Number("PRAGMA page_size", 0);
@@ -231,8 +236,11 @@ bool PrepareContactsFile(const std::string& path, std::string& why) {
     return RefuseDamaged(path, database.Problem(), why);
   }
   if (result == SQLITE_OK && sqlite3_db_readonly(database.Handle(), "main") == 1) {
-    return Refuse(path, "the contacts file cannot be written; is it or its folder write-protected?",
-                  why);
+    return Refuse(
+        Say("%s: the contacts file cannot be written. See that neither it nor its folder is "
+            "write-protected",
+            {path}),
+        why);
   }
   if (result != SQLITE_OK) {
     return RefuseFor(path, kCannotOpen, database, why);

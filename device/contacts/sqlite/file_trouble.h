@@ -1,13 +1,15 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "device/contacts/sqlite/database.h"
 
 namespace kelpin::device::contacts {
 
-// Why the database's last call failed and what to do, behind the file's name. `what` the call was
-// for: "the contacts file cannot be opened".
-std::string FileTrouble(const std::string& path, const std::string& what, const Database& database);
+// `english`, which takes the file's name and the reason, with why the database's last call failed
+// and what to do about it: "%s: the contacts file cannot be opened: %s".
+std::string FileTrouble(std::string_view english, const std::string& path,
+                        const Database& database);
 
 }  // namespace kelpin::device::contacts

@@ -6,15 +6,17 @@
 
 #include "device/contacts/sqlite/contact_schema.h"
 #include "device/contacts/sqlite/file_trouble.h"
+#include "platform/wording.h"
 
 namespace kelpin::device::contacts {
 
 using platform::ComResult;
+using platform::Words;
 
 namespace {
 
-constexpr const char* kCannotRead = "the contacts cannot be read";
-constexpr const char* kCannotChange = "the contacts cannot be changed";
+constexpr std::string_view kCannotRead = Words("%s: the contacts cannot be read: %s");
+constexpr std::string_view kCannotChange = Words("%s: the contacts cannot be changed: %s");
 
 std::string TextColumnList() {
   std::string list;
@@ -41,17 +43,18 @@ std::shared_ptr<SqliteBook> SqliteBook::Open(const std::string& path, std::strin
                                              TroubleListener trouble) {
   auto book = std::make_shared<SqliteBook>(path, std::move(trouble));
   if (book->database_.Open(path) != SQLITE_OK) {
-    why = FileTrouble(path, "the contacts file cannot be opened", book->database_);
+    why = FileTrouble(Words("%s: the contacts file cannot be opened: %s"), path, book->database_);
     return nullptr;
   }
   bool ours = false;
   if (IsContactsFile(book->database_, ours) != SQLITE_OK) {
-    why = FileTrouble(path, "the contacts file cannot be read", book->database_);
+    why = FileTrouble(Words("%s: the contacts file cannot be read: %s"), path, book->database_);
     return nullptr;
   }
   if (!ours) {
-    why = path +
-          ": another file has taken the place of the contacts file. Put that back and try again";
+    why = platform::Say(
+        "%s: another file has taken the place of the contacts file. Put that back and try again",
+        {path});
     return nullptr;
   }
   return book;
@@ -64,8 +67,8 @@ ComResult SqliteBook::Finish(Statement& statement) {
   return Fail(kCannotChange);
 }
 
-ComResult SqliteBook::Fail(const char* what) {
-  trouble_.Add(FileTrouble(path_, what, database_));
+ComResult SqliteBook::Fail(std::string_view english) {
+  trouble_.Add(FileTrouble(english, path_, database_));
   return ComResult::kFail;
 }
 

@@ -46,7 +46,7 @@ class SqliteBook final : public ContactBook {
   // Runs a statement that gives no rows.
   platform::ComResult Finish(Statement& statement);
   // Notes why the last call failed.
-  platform::ComResult Fail(const char* what);
+  platform::ComResult Fail(std::string_view english);
 
   const std::string path_;
   TroubleNote trouble_;

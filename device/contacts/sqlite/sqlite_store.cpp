@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "device/contacts/sqlite/contact_schema.h"
+#include "platform/system_trouble.h"
 
 namespace kelpin::device::contacts {
 
@@ -14,7 +15,8 @@ std::unique_ptr<SqliteStore> SqliteStore::Open(const std::string& path, std::str
   std::error_code error;
   const std::string whole = std::filesystem::absolute(path, error).string();
   if (error) {
-    why = path + ": " + error.message();
+    why = platform::Say("%s: the contacts file cannot be opened: %s",
+                        {path, platform::SystemTrouble(error.value())});
     return nullptr;
   }
   if (!PrepareContactsFile(whole, why)) {

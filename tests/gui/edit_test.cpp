@@ -3,7 +3,6 @@
 #include <QContextMenuEvent>
 #include <QGuiApplication>
 #include <QLineEdit>
-#include <QStyleHints>
 #include <QTest>
 
 #include "tests/gui/gui_support.h"
@@ -168,7 +167,7 @@ TEST_F(EditOnScreen, ALongPressAndTheRightButtonAskForTheEditMenu) {
   Open();
   const QPoint at(20, name_->height() / 2);
   QTest::mousePress(name_, Qt::LeftButton, Qt::NoModifier, at);
-  QTest::qWait(QGuiApplication::styleHints()->mousePressAndHoldInterval() + 100);
+  EXPECT_TRUE(ServeUntil([&] { return handler_.Count(ui::NotifyCode::kEditPress) > 0; }));
   QTest::mouseRelease(name_, Qt::LeftButton, Qt::NoModifier, at);
   EXPECT_EQ(handler_.Count(ui::NotifyCode::kEditPress), 1u);
   QContextMenuEvent event(QContextMenuEvent::Mouse, at, name_->mapToGlobal(at));

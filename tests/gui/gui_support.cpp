@@ -2,7 +2,9 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QEventLoop>
 #include <QTest>
+#include <QTimer>
 
 namespace kelpin::test {
 
@@ -12,8 +14,17 @@ bool ServeUntil(const std::function<bool()>& done) {
 }
 
 void Settle() {
-  constexpr int kTwoFrames = 40;  // milliseconds
-  QTest::qWait(kTwoFrames);
+  constexpr int kFrame = 20;  // milliseconds
+  // What was posted is done and the drawing is due after the first, and drawn after the second,
+  // also when the machine stood still meanwhile.
+  for (int frame = 0; frame < 2; ++frame) {
+    QEventLoop loop;
+    QTimer::singleShot(kFrame, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+    if (loop.exec() < 0) {
+      QTest::qWait(kFrame);  // once the program was told to end no loop runs any more
+    }
+  }
+  QTest::qWait(1);
 }
 
 void KeepPictures() {

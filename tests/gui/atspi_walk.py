@@ -31,6 +31,7 @@ SETTINGS = """KELPIN REGISTRY 1
 "Enable_Move_Func"=dword:00000001
 "Mobile_Tel_Flag"=dword:00000001
 """
+NAMED = {"push button", "table", "text", "password text", "check box", "progress bar"}
 DELETE_QUESTION = ("The selected items will be permanently deleted from the SIM card.\n"
                    "Continue?")
 
@@ -84,7 +85,8 @@ def outside(program):
             environment[name] = os.path.join(home, name)
             os.mkdir(environment[name], 0o700)
         environment.update(HOME=home, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", QT_QPA_PLATFORM="xcb",
-                           GSETTINGS_BACKEND="memory", KELPIN_THEME="light")
+                           GSETTINGS_BACKEND="memory", KELPIN_THEME="light",
+                           LC_ALL="C.UTF-8", LANGUAGE="")
         with open(os.path.join(home, "log"), "w+") as log:
             server, environment["DISPLAY"] = start_display(log)
             try:
@@ -203,10 +205,10 @@ class Walk:
 
     def answer(self, caption, text, button):
         """Answers the box that is open."""
-        box = self.wait_for("dialog", caption)
+        box = self.wait_for("alert", caption)
         self.wait_for("label", text, box)
         self.press(self.wait_for("push button", button, box))
-        self.until("the box gone", lambda: self.find("dialog", caption) is None)
+        self.until("the box gone", lambda: self.find("alert", caption) is None)
 
     # The walk itself.
 
@@ -297,8 +299,8 @@ class Walk:
         dialog = self.children(self.application)[-1]
         self.wait_for(*mark, below=dialog)
         self.until(f"name for all under {command}", lambda: all(
-            node.name for node in self.all(dialog)
-            if node.getRoleName() in ("push button", "table", "text")))
+            node.name for node in self.all(dialog) if node.getRoleName() in NAMED))
+        self.check_controls(dialog)
         button = None if closing[0] is None else self.wait_for("push button", closing[0], dialog)
         if button is None:
             self.key(KEY_ESCAPE)
@@ -313,6 +315,34 @@ class Walk:
                    lambda: len(self.children(self.application)) == before)
         if self.rows() != rows:
             raise Failed(f"{command} was left and changed the list")
+
+    def labels(self, node):
+        """The names of what labels `node`."""
+        return [relation.getTarget(i).name for relation in node.getRelationSet()
+                if relation.getRelationType() == self.pyatspi.RELATION_LABELLED_BY
+                for i in range(relation.getNTargets())]
+
+    def check_controls(self, dialog):
+        """A field is related to its label, and a list's rows tell their columns and boxes."""
+        for node in self.all(dialog):
+            role = node.getRoleName()
+            if role in ("text", "password text") and \
+                    [name.rstrip(":") for name in self.labels(node)] != [node.name]:
+                raise Failed(f'the field "{node.name}" has the labels {self.labels(node)}')
+            if role == "table":
+                self.check_cells(node.queryTable())
+
+    def check_cells(self, table):
+        for column in range(table.nColumns):
+            if not table.getColumnDescription(column):
+                raise Failed(f"column {column} has no name")
+        if table.nRows == 0:
+            return
+        cell = table.getAccessibleAt(0, 0)
+        if cell.getRoleName() != "table cell":
+            raise Failed(f"a cell is a {cell.getRoleName()}")
+        if not self.has(cell, "SELECTABLE"):
+            raise Failed("a row cannot be selected")
 
     def move_to_contacts(self):
         before = self.rows()

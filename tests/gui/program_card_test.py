@@ -48,7 +48,7 @@ class Home:
         change(image)
         self.card.write_text(json.dumps(image))
         self.environment = dict(os.environ, HOME=folder, QT_QPA_PLATFORM="offscreen",
-                                KELPIN_LOG="stderr")
+                                KELPIN_LOG="stderr", LC_ALL="C.UTF-8", LANGUAGE="")
         for name in ("RUNTIME_DIR", "CONFIG_HOME", "DATA_HOME", "STATE_HOME", "CACHE_HOME"):
             place = self.path / name.lower()
             place.mkdir(mode=0o700)

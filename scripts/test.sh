@@ -13,9 +13,9 @@ export LC_ALL=C.UTF-8  # texts are expected in English
 export CTEST_OUTPUT_ON_FAILURE=1
 export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1
 export UBSAN_OPTIONS=print_stacktrace=1
-# KELPIN_LOCK_ORDER=1 has the order of locks judged as well. Our own locks tell when they end
-# (platform/mutex.h); a bare std::mutex on a test's stack does not, and may be taken for the next one.
-export TSAN_OPTIONS=halt_on_error=1:detect_deadlocks=${KELPIN_LOCK_ORDER:-0}:second_deadlock_stack=1
+# The order of locks is judged as well. Every lock tells when it ends (platform/mutex.h), a bare
+# std::mutex does not and may be taken for the next one.
+export TSAN_OPTIONS=halt_on_error=1:detect_deadlocks=1:second_deadlock_stack=1
 
 # What the sanitizers' builds run; they build that and nothing else.
 sanitized='core|fault|sanitized'

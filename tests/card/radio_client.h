@@ -8,6 +8,7 @@
 #include <optional>
 #include <vector>
 
+#include "platform/mutex.h"
 #include "platform/radio_interface.h"
 
 namespace kelpin::device::card {
@@ -44,14 +45,14 @@ class RadioClient {
 
   // The result of the command with this id; an impossible code when it does not come.
   Result Await(std::int32_t id) {
-    std::unique_lock lock(mutex_);
+    std::unique_lock<std::mutex> lock(mutex_);
     const auto there = [&] { return Find(id).has_value(); };
     if (!came_.wait_for(lock, kPatience, there)) return {0xDEAD, id, {}};
     return *Find(id);
   }
   // The notices so far, once there are that many (or the patience is over).
   std::vector<Notice> Notices(std::size_t count) {
-    std::unique_lock lock(mutex_);
+    std::unique_lock<std::mutex> lock(mutex_);
     came_.wait_for(lock, kPatience, [&] { return notices_.size() >= count; });
     return notices_;
   }
@@ -142,7 +143,7 @@ class RadioClient {
   platform::RadioInterface& radio_;
   platform::RilHandle handle_ = 0;
   std::int32_t opened_ = -1;
-  std::mutex mutex_;
+  EndingMutex mutex_;
   std::condition_variable came_;
   std::vector<Result> results_;
   std::vector<Notice> notices_;

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/mutex.h"
 #include "platform/sim_interface.h"
 
 namespace kelpin::device::card {
@@ -111,7 +112,7 @@ class SimClient {
   platform::SimInterface& sim_;
   platform::SimHandle handle_ = 0;
   platform::SimResult opened_ = platform::SimResult::kOk;
-  std::mutex mutex_;
+  EndingMutex mutex_;
   std::vector<Notice> notices_;
 };
 

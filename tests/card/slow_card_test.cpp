@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "device/card/sim_service.h"
+#include "platform/mutex.h"
 #include "tests/card/sim_client.h"
 #include "tests/card/soft_card.h"
 
@@ -32,7 +33,7 @@ class GatedChannel final : public CardChannel {
     changed_.notify_all();
   }
   void WaitUntilHolding() {
-    std::unique_lock lock(mutex_);
+    std::unique_lock<std::mutex> lock(mutex_);
     changed_.wait(lock, [this] { return holding_; });
   }
   std::vector<std::uint8_t> Instructions() {
@@ -45,7 +46,7 @@ class GatedChannel final : public CardChannel {
   TransportError Transmit(std::span<const std::uint8_t> command,
                           std::vector<std::uint8_t>& response) override {
     {
-      std::unique_lock lock(mutex_);
+      std::unique_lock<std::mutex> lock(mutex_);
       const auto silent = [&] { return held_ == 0 || held_ == command[1]; };
       if (silent()) {
         holding_ = true;
@@ -64,7 +65,7 @@ class GatedChannel final : public CardChannel {
 
  private:
   CardChannel& card_;
-  std::mutex mutex_;
+  EndingMutex mutex_;
   std::condition_variable changed_;
   int held_ = -1;
   bool holding_ = false;

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "device/card/sim_service.h"
+#include "platform/mutex.h"
 #include "tests/card/soft_card.h"
 #include "tests/support/fake_card_lock.h"
 
@@ -61,7 +62,7 @@ class SoftBench {
 
  private:
   device::card::SoftCard card_;
-  std::mutex mutex_;
+  EndingMutex mutex_;
   int sent_ = 0;
   device::card::SimService service_;
 };

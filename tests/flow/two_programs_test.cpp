@@ -5,6 +5,7 @@
 #include <string>
 #include <thread>
 
+#include "platform/mutex.h"
 #include "tests/card/radio_client.h"
 #include "tests/card/shared_channel.h"
 #include "tests/card/sim_client.h"
@@ -35,7 +36,7 @@ class TwoPrograms : public testing::Test {
     return sim.Text(index);
   }
 
-  std::mutex turns;
+  EndingMutex turns;
   EntryFlow flow{"usim", nullptr, [this](device::card::CardChannel& card) {
                    return std::make_unique<SharedChannel>(card, SharedChannel::Hears::kTheCard,
                                                           &turns);

@@ -158,7 +158,11 @@ void RilExtPhonebook::FindFree(const Target& target) {
   if (FirstFreeRecord(target.set, target.slot) != 0) return;
   for (std::uint32_t record = 1; record <= MappedRecords(target.file); ++record) {
     Record response;
-    if (!ReadExtRecord(target.code, record, response)) continue;
+    Record refusal;
+    if (!ReadExtRecord(target.code, record, response, &refusal)) {
+      if (refusal.empty()) return;  // no answer: the next would be waited for as long
+      continue;
+    }
     const std::span<const std::uint8_t> bytes = RecordBytes(response);
     if (bytes.empty() || bytes[0] == kPadding) MarkRecord(target.set, target.slot, record, 0);
   }

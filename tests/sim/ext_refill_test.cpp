@@ -55,6 +55,34 @@ TEST_F(ExtRefill, WhereOthersTookAllTheWriteFailsAndEnds) {
   EXPECT_EQ(book_.Slot(0, kThird).usedCount, 3u);
 }
 
+TEST_F(ExtRefill, ACardThatDoesNotAnswerIsNotAskedOn) {
+  SetRecord(7, 1, Bytes("00 02 81 21"));
+  SetRecord(7, 3, Bytes("00 02 81 21"));
+  Load();
+  // The write itself takes four commands; the next is the first look.
+  bench_.failures.FailCallOf("RIL_DevSpecific", 5);
+  EXPECT_EQ(WriteThird(1), 0u);
+  EXPECT_EQ(Record(1, 1), Bytes("FF 02 FF"));
+  EXPECT_EQ(Sent(), (Strings{"read 1 1", "read 7 2", "write 7 2", "write 1 1", "read 7 1"}));
+  EXPECT_EQ(book_.FirstFreeRecord(0, kThird), 0u);
+}
+
+TEST_F(ExtRefill, ARecordThatIsNotThereEndsNoLook) {
+  SetRecord(7, 1, Bytes("00 02 81 21"));
+  SetRecord(7, 3, Bytes("00 02 81 21"));
+  Load();
+  SetRecord(7, 3, Bytes("FF"));
+  const ByteVector first = Block({128, 15, 2, 7, 1, 4, 0, 0});
+  bench_.radio.SetResponder([first](const test::FakeRadio::Command& command) {
+    return command.block == first
+               ? std::optional<test::FakeRadio::Answer>(
+                     {platform::kRilResultError, test::FakeRadio::SimResponse({}, 0x6A, 0x83)})
+               : std::nullopt;
+  });
+  EXPECT_EQ(WriteThird(1), 0u);
+  EXPECT_EQ(book_.FirstFreeRecord(0, kThird), 3u);
+}
+
 // The third and the fourth set have a file of third numbers that the first has not.
 class ExtSharedLater : public ExtRefill {
  protected:

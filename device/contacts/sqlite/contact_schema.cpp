@@ -8,7 +8,9 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -134,6 +136,20 @@ bool CheckHeader(const std::string& path, std::string& why) {
   return true;
 }
 
+// SQLite keeps beside the file what is under way, and would wait for a pipe that stands there.
+bool CheckBeside(const std::string& path, std::string& why) {
+  std::error_code error;
+  const std::filesystem::path real = std::filesystem::canonical(path, error);
+  for (const char* ending : {"-journal", "-wal", "-shm"}) {
+    const std::string beside = (error ? path : real.string()) + ending;
+    struct stat status = {};
+    if (stat(beside.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+      return Refuse(Say(kNotAFile, {beside}), why);
+    }
+  }
+  return true;
+}
+
 bool RefuseFor(const std::string& path, std::string_view english, const Database& database,
                std::string& why) {
   why = FileTrouble(english, path, database);
@@ -223,7 +239,7 @@ bool IsDamage(int result) {
 }  // namespace
 
 bool PrepareContactsFile(const std::string& path, std::string& why) {
-  if (!CheckHeader(path, why)) {
+  if (!CheckHeader(path, why) || !CheckBeside(path, why)) {
     return false;
   }
   Database database;

@@ -1,8 +1,10 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <grp.h>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
@@ -175,6 +177,29 @@ TEST_F(SqliteFile, WhatIsNoFileIsRefusedWithoutWaiting) {
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   EXPECT_EQ(SqliteStore::Open(pipe, why), nullptr);
   EXPECT_THAT(why, HasSubstr("not a file"));
+}
+
+TEST_F(SqliteFile, APipeWhereSqliteKeepsWhatIsUnderWayIsRefused) {
+  MakeFile();
+  const std::string link = folder / "link.db";
+  fs::create_symlink(Path(), link);
+  for (const char* ending : {"-journal", "-wal", "-shm"}) {
+    const std::string pipe = Path() + ending;
+    fs::remove(pipe);
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    // So full that nobody who reads it all the same would wait for more.
+    const int filled = open(pipe.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_GE(filled, 0);
+    const std::string bytes(32768, '\0');
+    EXPECT_EQ(write(filled, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    for (const std::string& file : {Path(), link}) {
+      std::string why;
+      EXPECT_EQ(SqliteStore::Open(file, why), nullptr);
+      EXPECT_THAT(why, HasSubstr(std::string(ending) + ": not a file"));
+    }
+    close(filled);
+    fs::remove(pipe);
+  }
 }
 
 TEST_F(SqliteFile, AFolderThatIsNotThereIsNamed) {

@@ -6,7 +6,6 @@
 
 #include <QApplication>
 #include <QString>
-#include <QTimer>
 #include <QtGlobal>
 #include <atomic>
 #include <chrono>
@@ -39,7 +38,6 @@
 #include "device/desktop/xdg.h"
 #include "device/qt/button_words.h"
 #include "device/qt/end_signals.h"
-#include "device/qt/message_window.h"
 #include "device/qt/qt_screen.h"
 #include "device/qt/qt_shell.h"
 #include "platform/wording.h"
@@ -62,8 +60,6 @@ constexpr std::uint32_t kStartPatience = 5000;  // milliseconds
 // How long the end waits for a card that is read, and for one that is written to.
 constexpr std::chrono::milliseconds kReadPatience(500);
 constexpr std::chrono::milliseconds kUpdatePatience(5000);
-// What is told of contacts lets a message of the program's own go first.
-constexpr std::chrono::milliseconds kTroublePause(300);
 
 std::unique_ptr<desktop::SpdlogLog> OpenLog(const desktop::Folders& folders) {
   std::string why;
@@ -169,19 +165,6 @@ void LeaveCard(card::SimService& card, platform::Log& log, int code) {
   std::_Exit(code);
 }
 
-// Tells what went wrong with the contacts. That comes together with the summary of what was done,
-// and the keys go astray between two boxes that open at once.
-void TellAfterOthers(qt::QtScreen& screen, const std::string& trouble) {
-  QTimer::singleShot(kTroublePause, qApp, [&screen, trouble] {
-    if (qobject_cast<qt::MessageWindow*>(QApplication::activeModalWidget()) != nullptr) {
-      TellAfterOthers(screen, trouble);
-      return;
-    }
-    screen.MessageBox(0, QString::fromStdString(trouble).toStdU16String(), u"Kelpin",
-                      ui::kBoxNotice);
-  });
-}
-
 int Start(const start::Options& options, char* programName, start::SteadyTime started) {
   // The options are ours alone: some of them mean something else to the toolkit.
   int argc = 1;
@@ -233,9 +216,6 @@ int Start(const start::Options& options, char* programName, start::SteadyTime st
                         ui::kBoxNotice);
     });
   };
-  const auto contactsTrouble = [&screen](const std::string& trouble) {
-    screen.PostToScreen([&screen, trouble] { TellAfterOthers(screen, trouble); });
-  };
   // Which program is set for what is the desktop's matter. What was to be opened stays unsaid.
   const auto notOpened = [&log](const std::string& address, int code) {
     const std::string note = "[KELPIN]:nothing was opened for a " +
@@ -249,13 +229,16 @@ int Start(const start::Options& options, char* programName, start::SteadyTime st
     return fail("--calls " + options.calls + ": " + why);
   }
   start::Device device;
-  if (!start::OpenDevice(options, folders, contactsTrouble, device, why)) {
+  if (!start::OpenDevice(options, folders, tell, device, why)) {
     return fail(why);
   }
   card::SimService card(*device.channel);
   card.SetCodeGuard(desktop::KeepMemoryPrivate);
   const auto abandonCard = [&card] { card.Abandon(); };
-  endSignals.OnRequest(abandonCard);
+  endSignals.OnRequest([&screen, &card] {
+    screen.StopAsking();
+    card.Abandon();
+  });
   card::CardDevices devices;
   qt::QtShell shell(options.platform == "smartphone" ? u"Smartphone" : u"PocketPC");
   desktop::DesktopPrograms programs({.dataFolders = desktop::DataFolders(desktop::ProgramFolder()),

@@ -10,7 +10,7 @@ headless="xvfb xauth"
 test="clang clang-format-14 libclang-rt-14-dev llvm-14 libgtest-dev libgmock-dev libbenchmark-dev
   python3 dbus at-spi2-core python3-pyatspi python3-dbusmock fonts-droid-fallback pcscd
   vsmartcard-vpcd opensc pcsc-tools gammu libebook1.2-dev evolution-data-server desktop-file-utils
-  appstream groff-base"
+  appstream groff-base xdotool openbox x11-utils"
 
 want="$build"
 case "${1:-run}" in

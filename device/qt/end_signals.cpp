@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <QApplication>
+#include <QEvent>
 #include <QSocketNotifier>
 #include <QTimer>
 #include <chrono>
@@ -22,6 +23,25 @@ namespace {
 constexpr std::chrono::milliseconds kAgain(100);
 
 }  // namespace
+
+// A session manager that is done with its programs says so to the toolkit, which would ask the
+// windows once and stay when one does not close.
+class EndSignals::SessionEnd : public QObject {
+ public:
+  explicit SessionEnd(EndSignals& ends) : ends_(ends) { qApp->installEventFilter(this); }
+
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (watched != qApp || event->type() != QEvent::Quit) {
+      return false;
+    }
+    ends_.Tell();
+    ends_.CloseWindows();
+    return true;
+  }
+
+ private:
+  EndSignals& ends_;
+};
 
 EndSignals::EndSignals() {
   sigset_t signals;
@@ -43,6 +63,7 @@ EndSignals::~EndSignals() {
     static_cast<void>(write(stop_, &one, sizeof one) == sizeof one);
     watcher_.join();
   }
+  session_.reset();
   notifier_.reset();
   again_.reset();
   for (const int descriptor : {descriptor_, stop_}) {
@@ -97,12 +118,13 @@ void EndSignals::Watch() {
 }
 
 void EndSignals::Listen() {
-  if (descriptor_ < 0) {
-    return;
-  }
   again_ = std::make_unique<QTimer>();
   again_->setInterval(kAgain);
   QObject::connect(again_.get(), &QTimer::timeout, again_.get(), &QApplication::closeAllWindows);
+  session_ = std::make_unique<SessionEnd>(*this);
+  if (descriptor_ < 0) {
+    return;
+  }
   notifier_ = std::make_unique<QSocketNotifier>(descriptor_, QSocketNotifier::Read);
   QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this] {
     // The watcher may have been quicker.

@@ -51,6 +51,10 @@ bool QtScreen::GrabFront(const std::string& pngPath) {
   return !picture.isNull() && picture.save(QString::fromStdString(pngPath), "PNG");
 }
 
+void QtScreen::StopAsking() {
+  windows_->StopAsking();
+}
+
 std::shared_ptr<ui::Dialog> QtScreen::FrontDialog() const {
   return windows_->Front();
 }

@@ -48,6 +48,9 @@ class QtScreen : public ui::Screen, public ui::DialogHost {
   bool GrabMainWindow(const std::string& pngPath);
   // The same of the dialog in front.
   bool GrabFront(const std::string& pngPath);
+  // The program was told to end, and nobody is there to be asked: no message box is shown from now
+  // on, each is answered as Escape would. Any thread.
+  void StopAsking();
   // The dialog that was opened last; null when none is open. Screen thread.
   std::shared_ptr<ui::Dialog> FrontDialog() const;
   // The section of the help that belongs to the dialog in front. Screen thread.

@@ -7,9 +7,11 @@
 #include <QPixmap>
 #include <QScreen>
 #include <QTimer>
+#include <QWindow>
 #include <algorithm>
 #include <utility>
 
+#include "device/qt/modality.h"
 #include "device/qt/theme.h"
 #include "device/qt/window_state.h"
 
@@ -23,11 +25,16 @@ ui::Size SizeOf(const QRect& rect) {
   return {rect.width(), rect.height()};
 }
 
-// The window behind one that goes is used next; not every window manager sees to it.
-void GiveWayTo(QWidget& window, bool wasActive) {
-  QWidget* parent = window.parentWidget();
-  if (wasActive && parent != nullptr && parent->isVisible()) {
-    parent->activateWindow();
+// The window behind one that goes is used next; not every window manager sees to it. Behind a box
+// that may be another box: the window that both belong to takes no key before that is answered.
+void GiveWayTo(QWidget& window) {
+  QWidget* next = window.parentWidget();
+  QWidget* const modal = QApplication::activeModalWidget();
+  if (modal != nullptr && (next == nullptr || IsBlocked(*next))) {
+    next = modal;
+  }
+  if (next != nullptr && next->isVisible()) {
+    next->activateWindow();
   }
 }
 
@@ -59,6 +66,8 @@ class ScreenWindows::Nested {
 ScreenWindows::ScreenWindows(ScreenApplication& application, ui::DialogHost& host,
                              std::filesystem::path stateFolder, std::optional<ui::Size> size)
     : application_(application), host_(host), stateFolder_(std::move(stateFolder)), size_(size) {
+  connect(qApp, &QGuiApplication::focusWindowChanged, this, &ScreenWindows::KeepKeysInFront,
+          Qt::QueuedConnection);
   connect(&application_, &ScreenApplication::LookChanged, this, [this] {
     std::vector<std::shared_ptr<ui::Dialog>> dialogs;
     for (const auto& [handle, entry] : entries_) {
@@ -69,6 +78,23 @@ ScreenWindows::ScreenWindows(ScreenApplication& application, ui::DialogHost& hos
       Changed(dialog->Handle());
     }
   });
+}
+
+// Of windows that stand one before the other the front one has the keys, wherever else the focus is
+// put: to the toolkit two boxes of one window stand before each other, and the window that both
+// belong to, which takes no key then, is what it activates.
+void ScreenWindows::KeepKeysInFront() {
+  QWidget* const front = QApplication::activeModalWidget();
+  const QWindow* at = QGuiApplication::focusWindow();
+  if (front == nullptr || at == nullptr || at->type() == Qt::Popup || at->type() == Qt::ToolTip) {
+    return;
+  }
+  while (at != nullptr && at != front->windowHandle()) {
+    at = at->transientParent();
+  }
+  if (at == nullptr) {
+    front->activateWindow();
+  }
 }
 
 // Handlers of dialogs that are still open may be gone: none is told.
@@ -250,7 +276,9 @@ void ScreenWindows::Ended(ui::Dialog& dialog) {
     RememberSize(*entry.window);
     const bool wasActive = entry.window->isActiveWindow();
     entry.window->Finish();
-    GiveWayTo(*entry.window, wasActive);
+    if (wasActive) {
+      GiveWayTo(*entry.window);
+    }
   }
   if (entry.loop != nullptr) {
     entry.loop->quit();
@@ -302,7 +330,7 @@ MessageWindow* ScreenWindows::OpenBox(ui::WindowHandle owner, const std::u16stri
   auto* box = new MessageWindow(text, caption, style,
                                 parent != nullptr && parent->isVisible() ? parent : nullptr);
   box->setWindowModality(box->parentWidget() == nullptr ? Qt::ApplicationModal : Qt::WindowModal);
-  connect(box, &MessageWindow::Answered, box, [box] { GiveWayTo(*box, true); });
+  connect(box, &MessageWindow::Answered, box, [box] { GiveWayTo(*box); });
   box->show();
   box->raise();
   box->activateWindow();
@@ -311,7 +339,7 @@ MessageWindow* ScreenWindows::OpenBox(ui::WindowHandle owner, const std::u16stri
 
 ui::BoxAnswer ScreenWindows::BoxHere(ui::WindowHandle owner, const std::u16string& text,
                                      const std::u16string& caption, ui::BoxStyle style) {
-  if (quit_) {
+  if (quit_ || silent_) {
     return MessageWindow::SafeAnswer(style);
   }
   const Nested nested(*this, owner);
@@ -336,6 +364,10 @@ ui::BoxAnswer ScreenWindows::MessageBox(ui::WindowHandle owner, const std::u16st
   const auto request =
       std::make_shared<WorkerRequest>(static_cast<int>(MessageWindow::SafeAnswer(style)));
   const int answer = Await(request, [this, request, owner, text, caption, style] {
+    if (silent_) {
+      request->GiveUp();
+      return;
+    }
     MessageWindow* box = OpenBox(owner, text, caption, style);
     workerBoxes_.emplace_back(box);
     connect(box, &MessageWindow::Answered, this, [request, box] {

@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QPointer>
+#include <atomic>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -43,6 +44,8 @@ class ScreenWindows : public QObject {
                 ui::DialogHandler& handler);
   ui::BoxAnswer MessageBox(ui::WindowHandle owner, const std::u16string& text,
                            const std::u16string& caption, ui::BoxStyle style);
+  // Any thread: no box is shown from now on, each is answered as Escape would.
+  void StopAsking() { silent_ = true; }
 
   void Changed(ui::WindowHandle dialog);  // any thread
   void Ended(ui::Dialog& dialog);
@@ -89,6 +92,7 @@ class ScreenWindows : public QObject {
   int Await(const std::shared_ptr<WorkerRequest>& request, std::function<void()> open);
   void Over();
 
+  void KeepKeysInFront();
   DialogWindow* Main() const;
   QWidget* WindowOf(ui::WindowHandle owner) const;
   void PlaceMain(DialogWindow& window);
@@ -107,6 +111,7 @@ class ScreenWindows : public QObject {
   ui::WindowHandle lastHandle_ = 0x10000;
   bool maximize_ = false;
   std::optional<int> quit_;
+  std::atomic<bool> silent_ = false;
   QElapsedTimer synced_;
 
   Mutex lock_;

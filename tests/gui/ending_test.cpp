@@ -1,6 +1,10 @@
 #include <pthread.h>
 
 #include <QApplication>
+#include <QEvent>
+#include <QTest>
+#include <QTimer>
+#include <atomic>
 #include <csignal>
 #include <string>
 #include <thread>
@@ -35,6 +39,100 @@ TEST_F(Ending, ASignalClosesBoxesThatComeUpOneAfterAnotherAndThenTheDialog) {
   EXPECT_TRUE(ServeUntil([&] { return answered == 13; }));
   EXPECT_TRUE(ServeUntil([&] { return handler.closes > 0 && handler.destroyed == 1; }));
   worker.join();
+}
+
+// Notes every box that is shown, for however short a time.
+class ShownBoxes : public QObject {
+ public:
+  ShownBoxes() { qApp->installEventFilter(this); }
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() == QEvent::Show && qobject_cast<qt::MessageWindow*>(watched) != nullptr) {
+      ++count;
+    }
+    return false;
+  }
+  int count = 0;
+};
+
+// Asks before it closes, and closes without an answer when there is nothing left to do.
+class Busy : public SampleDialog {
+ public:
+  explicit Busy(ui::Screen& screen) : SampleDialog(screen), screen_(screen) {}
+  void OnClose(ui::Dialog& dialog) override {
+    ++asked;
+    const bool yes = screen_.MessageBox(dialog.Handle(), u"Stop and close?", u"Kelpin",
+                                        ui::kBoxQuestion) == ui::BoxAnswer::kYes;
+    if (yes || asked == kTimes) {
+      SampleDialog::OnClose(dialog);
+    }
+  }
+  static constexpr int kTimes = 3;
+  int asked = 0;
+
+ private:
+  ui::Screen& screen_;
+};
+
+TEST_F(Ending, WhoIsToldToEndByASignalClosesWithoutShowingAQuestion) {
+  const ShownBoxes shown;
+  qt::EndSignals signals;
+  signals.OnRequest([this] { screen_->StopAsking(); });
+  signals.Listen();
+  Busy handler(*screen_);
+  const auto dialog = Show(kListTemplate, handler);
+  ASSERT_EQ(pthread_kill(pthread_self(), SIGTERM), 0);
+  EXPECT_TRUE(ServeUntil([&] { return handler.destroyed == 1; }));
+  EXPECT_EQ(handler.asked, Busy::kTimes);
+  EXPECT_EQ(shown.count, 0);
+}
+
+TEST_F(Ending, TheSessionsEndIsARequestToo) {
+  const ShownBoxes shown;
+  qt::EndSignals signals;
+  int requests = 0;
+  signals.OnRequest([&] {
+    ++requests;
+    screen_->StopAsking();
+  });
+  signals.Listen();
+  Busy handler(*screen_);
+  const auto dialog = Show(kListTemplate, handler);
+  QEvent quit(QEvent::Quit);  // as a session manager's word comes
+  QCoreApplication::sendEvent(qApp, &quit);
+  EXPECT_EQ(requests, 1);
+  EXPECT_TRUE(ServeUntil([&] { return handler.destroyed == 1; }));
+  EXPECT_EQ(shown.count, 0);
+}
+
+TEST_F(Ending, TheCloseBoxShowsTheQuestion) {
+  const ShownBoxes shown;
+  const qt::EndSignals signals;
+  Busy handler(*screen_);
+  const auto dialog = Show(kListTemplate, handler);
+  QTimer::singleShot(0, qApp, [] {
+    ASSERT_NE(OpenBox(), nullptr);
+    QTest::keyClick(OpenBox(), Qt::Key_Y);
+  });
+  WindowOf(*dialog)->close();
+  EXPECT_TRUE(ServeUntil([&] { return handler.destroyed == 1; }));
+  EXPECT_EQ(handler.asked, 1);
+  EXPECT_EQ(shown.count, 1);
+}
+
+TEST_F(Ending, AWorkersQuestionIsAnsweredLikewise) {
+  const ShownBoxes shown;
+  SampleDialog handler(*screen_);
+  const auto dialog = Show(kListTemplate, handler);
+  screen_->StopAsking();
+  std::atomic<int> answer = 0;
+  std::thread worker([&] {
+    answer = static_cast<int>(
+        screen_->MessageBox(dialog->Handle(), u"Delete?", u"Kelpin", ui::kBoxQuestion));
+  });
+  EXPECT_TRUE(ServeUntil([&] { return answer != 0; }));
+  worker.join();
+  EXPECT_EQ(answer, static_cast<int>(ui::BoxAnswer::kNo));
+  EXPECT_EQ(shown.count, 0);
 }
 
 class Unattended : public GuiTest {};

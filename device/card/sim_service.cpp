@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "device/card/card_code.h"
+#include "platform/utf8.h"
 
 namespace kelpin::device::card {
 
@@ -74,46 +76,43 @@ SimService::~SimService() {
   channel_.SetListener(nullptr);
 }
 
+std::u16string SimService::Trouble() const {
+  const std::string trouble = channel_.Trouble();
+  std::u16string text;
+  for (std::string_view rest = trouble; !rest.empty();) {
+    AppendUtf16(TakeUtf8(rest).value_or(0xFFFD), text);
+  }
+  return text;
+}
+
 // Events of the card.
 
 void SimService::CardInserted() {
-  lost_ = true;
-  ++generation_;
-  queue_.Post(0, [this](bool cancelled) {
-    if (cancelled) return;
-    HeedEvents();
-    changedByOthers_ = true;
-    NotifyRewritten();
-  });
+  Hear(lost_, News::kRewritten);
 }
 
 void SimService::CardRemoved() {
-  lost_ = true;
-  ++generation_;
-  queue_.Post(0, [this](bool cancelled) {
-    if (cancelled) return;
-    HeedEvents();
-    NotifyReady(false);
-  });
+  Hear(lost_, News::kGone);
 }
 
 void SimService::CardReset() {
-  lost_ = true;
-  ++generation_;
-  queue_.Post(0, [this](bool cancelled) {
-    if (cancelled) return;
-    HeedEvents();
-    changedByOthers_ = true;
-    NotifyRewritten();
-  });
+  Hear(lost_, News::kRewritten);
 }
 
 void SimService::CardTouched() {
-  touched_ = true;
+  Hear(touched_, News::kRewritten);
+}
+
+void SimService::Hear(std::atomic<bool>& event, News news) {
+  event = true;
   ++generation_;
-  queue_.Post(0, [this](bool cancelled) {
+  queue_.Post(0, [this, news](bool cancelled) {
     if (cancelled) return;
     HeedEvents();
+    if (news == News::kGone) {
+      NotifyReady(false);
+      return;
+    }
     changedByOthers_ = true;
     NotifyRewritten();
   });

@@ -94,6 +94,7 @@ class SimService final : public platform::SimInterface,
   void LetGo() override { session_.LetGo(); }
   bool IsExchanged() const override { return session_.Swapped(); }
   bool IsGivenUp() const override { return givenUp_; }
+  std::u16string Trouble() const override;
   std::uint32_t Generation() const override { return generation_; }
 
   // The program ends: calls that wait for the card, and later ones, answer kNotReady at once;
@@ -124,6 +125,10 @@ class SimService final : public platform::SimInterface,
   void CardRemoved() override;
   void CardReset() override;
   void CardTouched() override;
+  // What the program is told of such an event.
+  enum class News { kRewritten, kGone };
+  // Notes an event; on the card's thread it is heeded and told.
+  void Hear(std::atomic<bool>& event, News news);
 
   bool HasSimSession(platform::SimHandle sim) EXCLUDES(lock_);
   bool HasRadioSession(platform::RilHandle ril) EXCLUDES(lock_);

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <filesystem>
+#include <fstream>
 #include <thread>
 
 #include "device/card/sim_service.h"
@@ -16,12 +16,48 @@ namespace {
 
 using platform::SimResult;
 
-TEST(SimServiceEvents, ACardPutBackIsReadAgainAndRadioSessionsAreTold) {
-  SoftCard card("usim");
-  SimService service(card.Channel());
-  SimClient sim(service);
-  RadioClient radio(service);
-  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
+// The program on a card that was read already.
+class SimServiceEvents : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100"); }
+  // The slot takes another card, whose own channel has let go of it.
+  void Exchange() {
+    const std::string file = card.File() + ".other";
+    std::ofstream(file) << ImageText("usim-full");
+    std::string error;
+    ASSERT_TRUE(card.Channel().Insert(file, error)) << error;
+  }
+
+  SoftCard card{"usim"};
+  SimService service{card.Channel()};
+  SimClient sim{service};
+  RadioClient radio{service};
+};
+
+// The same on a card that other programs reach too.
+class SimServiceOthers : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100"); }
+  // Another program selects the file on the same channel and writes over the record.
+  void WriteOver() {
+    std::vector<std::uint8_t> response;
+    ASSERT_EQ(card.Channel().Transmit(Hex("00A40804067F105F3A4F3A"), response),
+              TransportError::kNone);
+    ASSERT_EQ(
+        card.Channel().Transmit(
+            Hex("00DC010426 58" + std::string(46, 'F') + "028121FFFFFFFFFFFFFFFFFFFFFF"), response),
+        TransportError::kNone);
+    ASSERT_EQ(ToHex(response), "9000");
+  }
+
+  SoftCard card{"usim"};
+  SharedChannel channel{card.Channel()};
+  SimService service{channel};
+  SimClient sim{service};
+  RadioClient radio{service};
+};
+
+TEST_F(SimServiceEvents, ACardPutBackIsReadAgainAndRadioSessionsAreTold) {
   card.Channel().Remove();
   EXPECT_EQ(sim.Text(1), u"!88000207");
   EXPECT_EQ(radio.ReadEntries(1, 10).code, platform::kRilResultError);
@@ -41,12 +77,7 @@ TEST(SimServiceEvents, ACardPutBackIsReadAgainAndRadioSessionsAreTold) {
   EXPECT_EQ(sim.Write(1, u"Same card", u"1"), SimResult::kOk);
 }
 
-TEST(SimServiceEvents, ACardResetBehindUsAnswersAllTheSame) {
-  SoftCard card("usim");
-  SimService service(card.Channel());
-  SimClient sim(service);
-  RadioClient radio(service);
-  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
+TEST_F(SimServiceEvents, ACardResetBehindUsAnswersAllTheSame) {
   ASSERT_TRUE(card.Channel().Reset());
   EXPECT_EQ(sim.Text(2), u"Ay\u015Fe G\u00FCne\u015F|+442079460000");
   const auto notices = radio.Notices(2);
@@ -57,20 +88,8 @@ TEST(SimServiceEvents, ACardResetBehindUsAnswersAllTheSame) {
   EXPECT_EQ(sim.Text(1), u"After reset|1");
 }
 
-TEST(SimServiceEvents, AnotherCardIsNotWrittenUntilItWasListed) {
-  SoftCard card("usim");
-  SoftCard another("usim-full");
-  SimService service(card.Channel());
-  SimClient sim(service);
-  RadioClient radio(service);
-  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
-  {
-    // The slot takes the other image; its own channel lets go of it first.
-    const std::string file = card.File() + ".other";
-    std::filesystem::copy_file(another.File(), file);
-    std::string error;
-    ASSERT_TRUE(card.Channel().Insert(file, error)) << error;
-  }
+TEST_F(SimServiceEvents, AnotherCardIsNotWrittenUntilItWasListed) {
+  Exchange();
   EXPECT_EQ(sim.Write(1, u"Old list", u"1"), SimResult::kWrongSim);
   EXPECT_EQ(sim.Delete(1), SimResult::kWrongSim);
   EXPECT_EQ(sim.Text(1), u"Notruf|112");
@@ -79,7 +98,7 @@ TEST(SimServiceEvents, AnotherCardIsNotWrittenUntilItWasListed) {
   EXPECT_EQ(sim.Text(1), u"New list|1");
 }
 
-TEST(SimServiceEvents, ACardTakenOutInTheMiddleOfAListEndsItWithAnError) {
+TEST(NewSimService, ACardTakenOutInTheMiddleOfAListEndsItWithAnError) {
   SoftCard card("usim", [](nlohmann::json& image) { image["delayMs"] = 5; });
   SimService service(card.Channel());
   RadioClient radio(service);
@@ -92,7 +111,7 @@ TEST(SimServiceEvents, ACardTakenOutInTheMiddleOfAListEndsItWithAnError) {
   EXPECT_EQ(radio.ReadEntries(1, 10).code, platform::kRilResultOk);
 }
 
-TEST(SimServiceEvents, ACardResetInTheMiddleOfAListIsReadToTheEnd) {
+TEST(NewSimService, ACardResetInTheMiddleOfAListIsReadToTheEnd) {
   SoftCard card("usim", [](nlohmann::json& image) { image["delayMs"] = 2; });
   SimService service(card.Channel());
   RadioClient radio(service);
@@ -105,22 +124,8 @@ TEST(SimServiceEvents, ACardResetInTheMiddleOfAListIsReadToTheEnd) {
   EXPECT_EQ(RadioClient::Records<platform::RilPhonebookEntry>(result).size(), 180U);
 }
 
-TEST(SimServiceEvents, WhatAnotherProgramChangedIsReadFromTheCardAndToldOf) {
-  SoftCard card("usim");
-  SharedChannel channel(card.Channel());
-  SimService service(channel);
-  SimClient sim(service);
-  RadioClient radio(service);
-  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
-  // The other program selects the file on the same channel and writes over the record.
-  std::vector<std::uint8_t> response;
-  ASSERT_EQ(card.Channel().Transmit(Hex("00A40804067F105F3A4F3A"), response),
-            TransportError::kNone);
-  ASSERT_EQ(
-      card.Channel().Transmit(
-          Hex("00DC010426 58" + std::string(46, 'F') + "028121FFFFFFFFFFFFFFFFFFFFFF"), response),
-      TransportError::kNone);
-  ASSERT_EQ(ToHex(response), "9000");
+TEST_F(SimServiceOthers, WhatAnotherProgramChangedIsReadFromTheCardAndToldOf) {
+  WriteOver();
   channel.Touch();
   EXPECT_EQ(sim.Text(1), u"X|12");
   const auto notices = radio.Notices(2);
@@ -131,49 +136,24 @@ TEST(SimServiceEvents, WhatAnotherProgramChangedIsReadFromTheCardAndToldOf) {
 }
 
 // A reader tells of no record that another program writes.
-TEST(SimServiceEvents, WhatAnotherProgramWroteUnnoticedIsReadWhenItIsAskedForAfresh) {
-  SoftCard card("usim");
-  SharedChannel channel(card.Channel());
-  SimService service(channel);
-  SimClient sim(service);
-  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
-  std::vector<std::uint8_t> response;
-  ASSERT_EQ(card.Channel().Transmit(Hex("00A40804067F105F3A4F3A"), response),
-            TransportError::kNone);
-  ASSERT_EQ(
-      card.Channel().Transmit(
-          Hex("00DC010426 58" + std::string(46, 'F') + "028121FFFFFFFFFFFFFFFFFFFFFF"), response),
-      TransportError::kNone);
-  ASSERT_EQ(ToHex(response), "9000");
+TEST_F(SimServiceOthers, WhatAnotherProgramWroteUnnoticedIsReadWhenItIsAskedForAfresh) {
+  WriteOver();
   service.ReadAfresh();
   EXPECT_EQ(sim.Text(1), u"X|12");
 }
 
-TEST(SimServiceEvents, ACardOfOurOwnIsNotReadTwice) {
-  SoftCard card("usim");
-  SimService service(card.Channel());
-  SimClient sim(service);
-  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
+TEST_F(SimServiceEvents, ACardOfOurOwnIsNotReadTwice) {
   const auto commands = card.Channel().CommandCount();
   service.ReadAfresh();
   EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
   EXPECT_EQ(card.Channel().CommandCount(), commands);
 }
 
-TEST(SimServiceEvents, AnotherCardTakesNoChangeUntilTheOldOneIsLetGo) {
-  SoftCard card("usim");
-  SoftCard another("usim-full");
-  SimService service(card.Channel());
-  SimClient sim(service);
-  RadioClient radio(service);
-  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
+TEST_F(SimServiceEvents, AnotherCardTakesNoChangeUntilTheOldOneIsLetGo) {
   service.Hold();
   EXPECT_EQ(sim.Write(1, u"Mine", u"1"), SimResult::kOk);
   EXPECT_FALSE(service.IsExchanged());
-  const std::string file = card.File() + ".other";
-  std::filesystem::copy_file(another.File(), file);
-  std::string error;
-  ASSERT_TRUE(card.Channel().Insert(file, error)) << error;
+  Exchange();
   ASSERT_EQ(radio.ReadEntries(1, 10).code, platform::kRilResultOk);
   EXPECT_TRUE(service.IsExchanged());
   EXPECT_EQ(sim.Write(1, u"Mine", u"1"), SimResult::kWrongSim);
@@ -185,22 +165,13 @@ TEST(SimServiceEvents, AnotherCardTakesNoChangeUntilTheOldOneIsLetGo) {
   EXPECT_EQ(sim.Write(1, u"Mine", u"1"), SimResult::kOk);
 }
 
-TEST(SimServiceEvents, AnotherCardThatIsListedAtOnceMayBeWritten) {
-  SoftCard card("usim");
-  SoftCard another("usim-full");
-  SimService service(card.Channel());
-  SimClient sim(service);
-  RadioClient radio(service);
-  EXPECT_EQ(sim.Text(1), u"Bauer, Anna|+12125550100");
-  const std::string file = card.File() + ".other";
-  std::filesystem::copy_file(another.File(), file);
-  std::string error;
-  ASSERT_TRUE(card.Channel().Insert(file, error)) << error;
+TEST_F(SimServiceEvents, AnotherCardThatIsListedAtOnceMayBeWritten) {
+  Exchange();
   ASSERT_EQ(radio.ReadEntries(1, 10).code, platform::kRilResultOk);
   EXPECT_EQ(sim.Write(1, u"New list", u"1"), SimResult::kOk);
 }
 
-TEST(SimServiceEvents, AnEmptySlotIsNoCard) {
+TEST(NewSimService, AnEmptySlotIsNoCard) {
   SoftCard card("usim");
   card.Channel().Remove();
   SimService service(card.Channel());

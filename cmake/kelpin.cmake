@@ -69,7 +69,7 @@ function(kelpin_test name label)
   endif()
   target_link_libraries(${name} PRIVATE ${ARGN} GTest::gmock GTest::gtest_main)
   add_test(NAME ${name} COMMAND ${name})
-  set_tests_properties(${name} PROPERTIES LABELS "${label}" TIMEOUT 600)
+  set_tests_properties(${name} PROPERTIES LABELS "${label}" TIMEOUT 1800)
   # What takes longest begins first, or it ends alone (seconds of the thread sanitizer's run).
   set(seconds_fault_tests 240)
   set(seconds_modem_tests 100)

@@ -69,6 +69,14 @@ class FaultyChannel final : public CardChannel {
     gone_ = TransportError::kNone;
   }
 
+  TransportError Prepare() override {
+    {
+      const MutexLock guard(lock_);
+      if (gone_ != TransportError::kNone) return gone_;
+    }
+    return channel_.Prepare();
+  }
+  bool TakesApdus() const override { return channel_.TakesApdus(); }
   TransportError Connect(std::vector<std::uint8_t>& atr) override {
     const MutexLock guard(lock_);
     if (gone_ != TransportError::kNone) return gone_;
@@ -78,12 +86,45 @@ class FaultyChannel final : public CardChannel {
   void Disconnect() override { channel_.Disconnect(); }
   TransportError Transmit(std::span<const std::uint8_t> command,
                           std::vector<std::uint8_t>& response) override {
+    return Meet(
+        command.size() > 1 ? command[1] : std::uint8_t{0},
+        [&](std::vector<std::uint8_t>& answer) { return channel_.Transmit(command, answer); },
+        response);
+  }
+  TransportError TransmitFileCommand(const FileCommand& command,
+                                     std::vector<std::uint8_t>& response) override {
+    return Meet(
+        command.instruction,
+        [&](std::vector<std::uint8_t>& answer) {
+          return channel_.TransmitFileCommand(command, answer);
+        },
+        response);
+  }
+  TransportError BeginTransaction() override {
+    const MutexLock guard(lock_);
+    return lost_ != TransportError::kNone ? lost_ : channel_.BeginTransaction();
+  }
+  void EndTransaction() override { channel_.EndTransaction(); }
+  bool OthersMaySelect() const override { return channel_.OthersMaySelect(); }
+  bool OthersMayWrite() const override { return channel_.OthersMayWrite(); }
+  bool MayMisplaceUpdates() const override { return channel_.MayMisplaceUpdates(); }
+  void SetListener(CardChannelListener* listener) override { channel_.SetListener(listener); }
+  std::string Description() const override { return channel_.Description(); }
+
+ private:
+  template <typename Send>
+  TransportError Meet(std::uint8_t instruction, Send send, std::vector<std::uint8_t>& response)
+      EXCLUDES(lock_) {
     const MutexLock guard(lock_);
     if (lost_ != TransportError::kNone) return lost_;
-    sent_.push_back(command.size() > 1 ? command[1] : std::uint8_t{0});
-    if (left_ == 0 || --left_ > 0) return channel_.Transmit(command, response);
+    sent_.push_back(instruction);
+    if (left_ == 0 || --left_ > 0) return send(response);
     fired_ = true;
-    std::vector<std::uint8_t> ignored;
+    const auto after = [&send](TransportError error) {
+      std::vector<std::uint8_t> ignored;
+      const TransportError below = send(ignored);
+      return below == TransportError::kNone ? error : below;
+    };
     switch (fault_) {
       case Fault::kRefused:
         response = {0x6F, 0x00};
@@ -91,13 +132,13 @@ class FaultyChannel final : public CardChannel {
       case Fault::kLostBefore:
         return TransportError::kTimeout;
       case Fault::kLostAfter:
-        return After(command, TransportError::kTimeout);
+        return after(TransportError::kTimeout);
       case Fault::kGarbledAfter:
-        return After(command, TransportError::kCommunication);
+        return after(TransportError::kCommunication);
       case Fault::kCutBefore:
         return lost_ = TransportError::kRemoved;
       case Fault::kCutAfter:
-        return lost_ = After(command, TransportError::kRemoved);
+        return lost_ = after(TransportError::kRemoved);
       case Fault::kResetBefore:
         return lost_ = TransportError::kReset;
       case Fault::kGoneBefore:
@@ -105,33 +146,18 @@ class FaultyChannel final : public CardChannel {
         return lost_ = TransportError::kRemoved;
       case Fault::kGoneAfter:
         gone_ = TransportError::kNoCard;
-        return lost_ = After(command, TransportError::kRemoved);
+        return lost_ = after(TransportError::kRemoved);
       case Fault::kServiceBefore:
         gone_ = TransportError::kNoReader;
         return lost_ = TransportError::kReset;
       case Fault::kServiceAfter:
         gone_ = TransportError::kNoReader;
-        return lost_ = After(command, TransportError::kReset);
+        return lost_ = after(TransportError::kReset);
       case Fault::kNotKept:
         response = {0x65, 0x81};
         return TransportError::kStorage;
     }
     return TransportError::kNone;
-  }
-  TransportError BeginTransaction() override {
-    const MutexLock guard(lock_);
-    return lost_ != TransportError::kNone ? lost_ : channel_.BeginTransaction();
-  }
-  void EndTransaction() override { channel_.EndTransaction(); }
-  void SetListener(CardChannelListener* listener) override { channel_.SetListener(listener); }
-  std::string Description() const override { return channel_.Description(); }
-
- private:
-  TransportError After(std::span<const std::uint8_t> command, TransportError error)
-      REQUIRES(lock_) {
-    std::vector<std::uint8_t> ignored;
-    const TransportError below = channel_.Transmit(command, ignored);
-    return below == TransportError::kNone ? error : below;
   }
 
   CardChannel& channel_;

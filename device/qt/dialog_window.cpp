@@ -504,8 +504,9 @@ void DialogWindow::resizeEvent(QResizeEvent* event) {
   }
   TellSize();
   Sync();
+  // An input panel that comes up takes the room; a list sees to its own rows.
   if (QWidget* focused = focusWidget();
-      focused != nullptr && qobject_cast<EditField*>(focused) != nullptr) {
+      content_->isAncestorOf(focused) && qobject_cast<ListTable*>(focused) == nullptr) {
     BringIntoView(*focused);
   }
   Q_EMIT Resized(size());

@@ -55,7 +55,7 @@ void DrawScrollBar(QPainter& painter, const QStyleOptionSlider& option, const QR
   const bool active = option.state.testFlag(QStyle::State_Sunken) ||
                       (option.activeSubControls & QStyle::SC_ScrollBarSlider) != 0;
   QColor color = option.palette.color(QPalette::Active, QPalette::WindowText);
-  color.setAlphaF(active ? 0.55F : 0.26F);
+  color.setAlphaF(active ? 0.7F : 0.5F);
   const int thick = active ? kScrollHandle + 2 : kScrollHandle;
   QRect bar = handle;
   if (option.orientation == Qt::Vertical) {

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QImage>
+#include <QScrollBar>
+#include <algorithm>
 #include <array>
 #include <string>
 
@@ -165,6 +168,37 @@ TEST(ThemeLarge, MetricsGrowWithTheText) {
   EXPECT_GT(grown.fieldHeight, usual.fieldHeight);
   EXPECT_GT(grown.headerHeight, usual.headerHeight);
   EXPECT_EQ(grown.buttonWidth, 96);
+}
+
+// The most that any point of `picture` stands out against `ground`.
+double MostContrast(const QImage& picture, const QColor& ground) {
+  double most = 1;
+  for (int y = 0; y < picture.height(); ++y) {
+    for (int x = 0; x < picture.width(); ++x) {
+      most = std::max(most, ContrastRatio(picture.pixelColor(x, y), ground));
+    }
+  }
+  return most;
+}
+
+TEST_F(ThemeInWindows, AListThatGoesOnShowsSoByAHandleThatStandsOut) {
+  constexpr double kMarkContrast = 3.0;
+  SampleDialog handler(*screen_);
+  const auto dialog = Show(kListTemplate, handler);
+  for (int row = 0; row < 40; ++row) {
+    dialog->List(kSampleList)->InsertItem(row, u"1", nullptr);
+  }
+  Settle();
+  QWidget* const bar = Table(*dialog, kSampleList)->verticalScrollBar();
+  for (const char* const theme : {"light", "dark"}) {
+    const Environment wanted("KELPIN_THEME", theme);
+    QApplication::setPalette(qt::MakePalette(qt::DesktopLook(QApplication::font()).For({})));
+    Settle();
+    EXPECT_GE(MostContrast(bar->grab().toImage(), bar->palette().color(QPalette::Base)),
+              kMarkContrast)
+        << theme;
+  }
+  QApplication::setPalette(QPalette());
 }
 
 TEST_F(ThemeInWindows, AChangeOfTheDesktopsColoursIsDrawnAtOnce) {

@@ -4,6 +4,7 @@
 #include <QAccessibleWidget>
 
 #include "device/qt/dialog_window.h"
+#include "device/qt/message_window.h"
 #include "device/qt/popup_menu.h"
 
 namespace kelpin::qt {
@@ -47,6 +48,10 @@ QAccessibleInterface* MakeAccessible(const QString& /*key*/, QObject* object) {
     return new DialogAccessible(window);
   }
   auto* widget = qobject_cast<QWidget*>(object);
+  // Read out at once, whatever is being read.
+  if (qobject_cast<MessageWindow*>(object) != nullptr) {
+    return new QAccessibleWidget(widget, QAccessible::AlertMessage);
+  }
   return widget != nullptr && widget->property(kIsText).toBool()
              ? new QAccessibleWidget(widget, QAccessible::StaticText)
              : nullptr;

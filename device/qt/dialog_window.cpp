@@ -82,6 +82,21 @@ void DialogWindow::MakeControls(const std::vector<ui::ControlState>& states) {
     order_.push_back(state.id);
     controls_[state.id] = control;
   }
+  RelateLabels(states);
+}
+
+// A screen reader is told which label is whose; a label of several is the field's.
+void DialogWindow::RelateLabels(const std::vector<ui::ControlState>& states) {
+  for (const ui::ControlState& state : states) {
+    const auto found = controls_.find(state.labelledBy);
+    if (state.kind == ui::ControlKind::kButton || found == controls_.end()) {
+      continue;
+    }
+    auto* label = qobject_cast<QLabel*>(found->second.active);
+    if (label != nullptr && label->buddy() == nullptr) {
+      label->setBuddy(controls_[state.id].active);
+    }
+  }
 }
 
 DialogWindow::Control DialogWindow::Make(const ui::ControlState& state) {
@@ -205,7 +220,10 @@ void DialogWindow::ApplyLabel(QWidget& widget, const ui::ControlState& state) {
   label.setAlignment((centered ? Qt::AlignHCenter : Qt::AlignLeft | Qt::AlignAbsolute) |
                      (tall && !centered && !caption ? Qt::AlignTop : Qt::AlignVCenter));
   label.setTextInteractionFlags(value ? Qt::TextSelectableByMouse : Qt::NoTextInteraction);
-  label.setText(text);
+  // One that is a field's would take the letter behind a "&" for a shortcut.
+  label.setText(label.buddy() == nullptr
+                    ? text
+                    : QString(text).replace(QLatin1Char('&'), QStringLiteral("&&")));
 }
 
 void DialogWindow::NameControls(const std::vector<ui::ControlState>& states) {

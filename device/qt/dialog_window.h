@@ -61,6 +61,7 @@ class DialogWindow : public QDialog, public DialogEvents {
   };
 
   void MakeControls(const std::vector<ui::ControlState>& states);
+  void RelateLabels(const std::vector<ui::ControlState>& states);
   Control Make(const ui::ControlState& state);
   void Apply(Control& control, const ui::ControlState& state);
   void ApplyLabel(QWidget& widget, const ui::ControlState& state);

@@ -1,6 +1,8 @@
+#include <QAccessible>
 #include <QApplication>
 #include <QLineEdit>
 #include <QTest>
+#include <QTimer>
 
 #include "app/settings.h"
 #include "editor/entry_form.h"
@@ -79,6 +81,51 @@ TEST_F(EntryDialogsOnScreen, ANumbersNameIsSaidInPlaceOfItsLabel) {
   EXPECT_EQ(NameOf(*dialog, res::kEditNumber2), "Office");
   EXPECT_EQ(NameOf(*dialog, res::kEditNumber2Button), "Office ...");
   EXPECT_EQ(NameOf(*dialog, res::kEditNumber3), "Phone Number 3");
+}
+
+// The names of what labels a control.
+Names LabelsOf(QWidget& widget) {
+  Names names;
+  for (const auto& [other, relation] :
+       QAccessible::queryAccessibleInterface(&widget)->relations(QAccessible::Label)) {
+    names.push_back(other->text(QAccessible::Name).toStdString());
+  }
+  return names;
+}
+
+TEST_F(EntryDialogsOnScreen, AFieldIsRelatedToItsLabel) {
+  EntryForm form(*screen_, editor::kEditEntryControls);
+  const auto dialog = Show(*res::FindDialog(res::kDialogEditEntry), form);
+  const auto labels = [&](int control) {
+    return LabelsOf(*Find<QWidget>(*dialog, "c" + std::to_string(control)));
+  };
+  EXPECT_EQ(labels(res::kEditName), Names{"Name:"});
+  EXPECT_EQ(labels(res::kEditNumber2), Names{"Phone Number 2:"});
+}
+
+TEST_F(EntryDialogsOnScreen, ANumbersNameWithAnAndSignIsALabelAndNoShortcut) {
+  EntryForm form(*screen_, editor::kEditEntryControls);
+  const auto dialog = Show(*res::FindDialog(res::kDialogEditEntry), form);
+  dialog->SetText(res::kEditNumber2Label, u"R&D");
+  Settle();
+  QWidget& edit = *Find<QWidget>(*dialog, "c" + std::to_string(res::kEditNumber2));
+  EXPECT_EQ(LabelsOf(edit), Names{"R&D"});
+  EXPECT_EQ(edit.accessibleName().toStdString(), "R&D");
+  QTest::keyClick(QApplication::focusWidget(), Qt::Key_D, Qt::AltModifier);
+  EXPECT_FALSE(edit.hasFocus());
+}
+
+TEST_F(EntryDialogsOnScreen, AMessageBoxIsAnAlert) {
+  QTimer::singleShot(0, qApp, [] {
+    qt::MessageWindow* const box = OpenBox();
+    ASSERT_NE(box, nullptr);
+    const QAccessibleInterface& alert = *QAccessible::queryAccessibleInterface(box);
+    EXPECT_EQ(alert.role(), QAccessible::AlertMessage);
+    EXPECT_EQ(alert.text(QAccessible::Name), QStringLiteral("Info"));
+    EXPECT_EQ(alert.text(QAccessible::Description), QStringLiteral("Stored."));
+    box->reject();
+  });
+  EXPECT_EQ(screen_->MessageBox(0, u"Stored.", u"Info", ui::kBoxNotice), ui::BoxAnswer::kOk);
 }
 
 TEST_F(EntryDialogsOnScreen, TheCardsNamesAreNamed) {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstdint>
+#include <string>
+
 namespace kelpin::platform {
 
 // What the program tells the device of how it uses the card that is in. Any thread.
@@ -20,6 +23,9 @@ class CardUse {
   [[nodiscard]] virtual bool IsExchanged() const = 0;
   // The program was told to end: nothing is asked of the card any more, and every call fails.
   [[nodiscard]] virtual bool IsGivenUp() const = 0;
+  // Why the card cannot be reached now, and what to do, as the device says it to the user; empty
+  // when it can, or when the device knows no more than the result codes tell.
+  [[nodiscard]] virtual std::u16string Trouble() const { return {}; }
 };
 
 }  // namespace kelpin::platform

@@ -81,6 +81,9 @@ class CardChannel {
   virtual void SetListener(CardChannelListener* listener) = 0;  // null: none
   // For messages: "software card /path/card.json", "reader XYZ 00 00".
   virtual std::string Description() const = 0;
+  // Why the last Connect failed, and what to do, in the user's words; empty when it did not, or
+  // when there is no more to say than the error does. Any thread.
+  virtual std::string Trouble() const { return {}; }
 };
 
 }  // namespace kelpin::device::card

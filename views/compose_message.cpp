@@ -3,17 +3,14 @@
 #include <string>
 
 #include "app/app_state.h"
+#include "platform/message_programs.h"
 #include "res/format.h"
 
 namespace kelpin::views {
 namespace {
 
-constexpr std::u16string_view kMail = u"\\Windows\\tmail.exe";
-constexpr std::u16string_view kMms = u"\\Windows\\MMSC.exe";
 constexpr std::u16string_view kComposerLibrary = u"MessageTool.DLL";
 constexpr std::u16string_view kComposerRoutine = u"ComposeMMSMessage";
-constexpr std::u16string_view kSmsClass = u"IPM.SMStext";
-constexpr std::u16string_view kMmsClass = u"IPM.MMS";
 constexpr std::u16string_view kMmsToNumber = u"1";
 
 void Start(app::AppState& state, std::u16string_view program, const std::u16string& commandLine) {
@@ -31,16 +28,16 @@ void Compose(app::AppState& state, std::u16string_view messageClass,
 void WriteToNumber(app::AppState& state, std::u16string_view name, std::u16string_view number) {
   switch (state.settings.Enable_SBMail) {
     case 0:
-      Start(state, kMail,
+      Start(state, platform::kMailProgram,
             res::Format(u"-service \"%s\" -to \"%s<%s>\"",
                         {std::u16string_view(u"SMS"), name, number}));
       break;
     case 1:
     case 2:
-      Compose(state, kSmsClass, number);
+      Compose(state, platform::kSmsClass, number);
       break;
     case 3:
-      Start(state, kMms, res::Format(u"\"%s\" \"%s\"", {kMmsToNumber, number}));
+      Start(state, platform::kMmsProgram, res::Format(u"\"%s\" \"%s\"", {kMmsToNumber, number}));
       break;
     default:
       break;
@@ -52,10 +49,10 @@ void WriteToEmail(app::AppState& state, std::u16string_view name, std::u16string
     case 0:
     case 1:
     case 3:
-      Start(state, kMail, res::Format(u"mailto:%s<%s>", {name, address}));
+      Start(state, platform::kMailProgram, res::Format(u"mailto:%s<%s>", {name, address}));
       break;
     case 2:
-      Compose(state, kMmsClass, address);
+      Compose(state, platform::kMmsClass, address);
       break;
     default:
       break;

@@ -5,12 +5,11 @@
 #include "device/desktop/percent_encoding.h"
 #include "device/desktop/utf8.h"
 #include "platform/dial_number.h"
+#include "platform/message_programs.h"
 
 namespace kelpin::device::desktop {
 namespace {
 
-constexpr std::u16string_view kMail = u"\\Windows\\tmail.exe";
-constexpr std::u16string_view kMms = u"\\Windows\\MMSC.exe";
 constexpr std::u16string_view kSmsStart = u"-service \"SMS\" -to \"";
 constexpr std::u16string_view kSmsEnd = u">\"";
 constexpr std::u16string_view kMailStart = u"mailto:";
@@ -72,8 +71,9 @@ std::optional<MessageAddress> ToEmail(const char* scheme, const char* fallback,
 
 std::optional<MessageAddress> MessageOfCommand(std::u16string_view program,
                                                std::u16string_view commandLine) {
-  if (program == kMms) return ToNumber("mmsto", "sms", Between(commandLine, kMmsStart, kMmsEnd));
-  if (program != kMail) return std::nullopt;
+  if (program == platform::kMmsProgram)
+    return ToNumber("mmsto", "sms", Between(commandLine, kMmsStart, kMmsEnd));
+  if (program != platform::kMailProgram) return std::nullopt;
   if (const auto sms = Between(commandLine, kSmsStart, kSmsEnd)) {
     return ToNumber("sms", "", AfterBracket(*sms));
   }
@@ -85,8 +85,8 @@ std::optional<MessageAddress> MessageOfCommand(std::u16string_view program,
 
 std::optional<MessageAddress> MessageOfClass(std::u16string_view messageClass,
                                              std::u16string_view recipient) {
-  if (messageClass == u"IPM.SMStext") return ToNumber("sms", "", recipient);
-  if (messageClass != u"IPM.MMS") return std::nullopt;
+  if (messageClass == platform::kSmsClass) return ToNumber("sms", "", recipient);
+  if (messageClass != platform::kMmsClass) return std::nullopt;
   if (const auto number = ToNumber("mmsto", "sms", recipient)) return number;
   return ToEmail("mmsto", "mailto", recipient);
 }

@@ -87,6 +87,10 @@ void ModemLine::LetOthersIn() const {
 
 void ModemLine::Tell(std::string_view text) {
   const MutexLock hold(writeLock_);
+  Write(text);
+}
+
+void ModemLine::Write(std::string_view text) {
   while (!text.empty()) {
     const ::ssize_t written = ::write(line_, text.data(), text.size());
     if (written > 0) {
@@ -114,7 +118,8 @@ void ModemLine::Serve(const Answer& answer) {
     for (::ssize_t at = 0; at < size; ++at) {
       const char byte = bytes[static_cast<std::size_t>(at)];
       if (byte == '\r') {
-        Tell(answer(command));
+        const MutexLock hold(writeLock_);
+        Write(answer(command));
         command.clear();
       } else if (byte != '\n' && command.size() < kLongestCommand) {
         command.push_back(byte);

@@ -30,12 +30,14 @@ class ModemLine {
   void Serve(const Answer& answer);
   // Any thread.
   void Stop();
-  // Sends what is no answer. Any thread. What nobody takes off the line in time is lost.
+  // Sends what is no answer, and never before an answer that was found earlier. Any thread, but not
+  // while answering. What nobody takes off the line in time is lost.
   void Tell(std::string_view text) EXCLUDES(writeLock_);
 
  private:
   ModemLine(int line, int port, int stop) : line_(line), slave_(port), stop_(stop) {}
   void LetOthersIn() const;
+  void Write(std::string_view text) REQUIRES(writeLock_);
 
   const int line_;
   const int slave_;  // kept open: with nobody at the other end a line cannot be waited on

@@ -41,9 +41,9 @@ class ModemCardTest : public testing::Test {
         std::make_unique<TestModem>(card->Channel(), abilities, (folder.Path() / "port").string());
     Open();
   }
-  void Open() {
+  void Open(const device::modem::Patience& patience = LongPatience()) {
     Close();
-    channel = OpenModem(modem->Port());
+    channel = OpenModem(modem->Port(), patience);
     ASSERT_NE(channel, nullptr);
     service = std::make_unique<device::card::SimService>(*channel);
     sim = std::make_unique<device::card::SimClient>(*service);

@@ -43,7 +43,7 @@ class ModemErrorsTest : public ModemCardTest, public testing::WithParamInterface
   }
   // As soon as the card is found to be back.
   bool Recovers() {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (Status() != SimResult::kOk) {
       if (std::chrono::steady_clock::now() > limit) return false;
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -68,7 +68,7 @@ constexpr Row kRows[] = {
 TEST_P(ModemErrorsTest, EachReasonIsToldAndForgottenWhenItIsOver) {
   for (const Row& row : kRows) {
     SCOPED_TRACE(row.error);
-    Open();
+    Open(row.result == SimResult::kSimBusy ? ShortPatience() : LongPatience());
     modem->SetBetween([&row](std::string_view command, const TestModem::Rest& rest) {
       return AsksTheCard(command) ? "\r\n+CME ERROR: " + std::string(row.error) + "\r\n" : rest();
     });
@@ -100,6 +100,7 @@ TEST_P(ModemErrorsTest, AnUpdateThatWasRefusedIsSentOnceAndChangesNothing) {
 }
 
 TEST_P(ModemErrorsTest, AnUpdateWhoseAnswerIsLostIsReadBackAndNotSentAgain) {
+  Open(ShortPatience());
   ASSERT_EQ(Status(), SimResult::kOk);
   modem->TakeCommands();
   modem->SetBetween([](std::string_view command, const TestModem::Rest& rest) {
@@ -149,13 +150,18 @@ TEST_P(ModemErrorsTest, ADamagedAnswerIsNeverTakenForTheCards) {
 }
 
 TEST_P(ModemErrorsTest, ALateAnswerIsNotTakenForTheNextOne) {
+  // The late answer and the one that was waited for come one after the other.
+  device::modem::Patience patience = ShortPatience();
+  patience.quiet = std::chrono::milliseconds(500);
+  patience.drain = std::chrono::milliseconds(2000);
+  Open(patience);
   ASSERT_EQ(Status(), SimResult::kOk);
   bool late = true;
-  modem->SetBetween([&late](std::string_view command, const TestModem::Rest& rest) {
+  modem->SetBetween([&late, &patience](std::string_view command, const TestModem::Rest& rest) {
     const std::string answer = rest();
     if (AsksTheCard(command) && late) {
       late = false;
-      std::this_thread::sleep_for(ShortPatience().card + std::chrono::milliseconds(100));
+      std::this_thread::sleep_for(patience.card + std::chrono::milliseconds(100));
     }
     return answer;
   });
@@ -168,6 +174,7 @@ TEST_P(ModemErrorsTest, ALateAnswerIsNotTakenForTheNextOne) {
 }
 
 TEST_P(ModemErrorsTest, ALineThatNeverEndsIsGivenUpAndForgotten) {
+  Open(ShortPatience());
   bool first = true;
   modem->SetBetween([&first](std::string_view command, const TestModem::Rest& rest) {
     if (!AsksTheCard(command) || !first) return rest();

@@ -21,18 +21,33 @@ namespace kelpin::contract {
 
 using tools::AtModem;
 
-// Times that a test can wait for; the modem of these tests answers at once or never.
-inline device::modem::Patience ShortPatience() {
+// For a modem that answers, as late as the machine is slow; what is done now and then is done
+// often.
+inline device::modem::Patience LongPatience() {
   device::modem::Patience patience;
-  patience.plain = std::chrono::milliseconds(2000);
-  patience.card = std::chrono::milliseconds(2000);
-  patience.sync = std::chrono::milliseconds(200);
+  patience.plain = std::chrono::milliseconds(60000);
+  patience.card = std::chrono::milliseconds(60000);
+  patience.sync = std::chrono::milliseconds(20000);
   patience.quiet = std::chrono::milliseconds(20);
   patience.drain = std::chrono::milliseconds(100);
-  patience.busy = std::chrono::milliseconds(2000);
+  patience.busy = std::chrono::milliseconds(60000);
   patience.busyPause = std::chrono::milliseconds(10);
   patience.look = std::chrono::milliseconds(50);
   patience.reopening = std::chrono::milliseconds(20);
+  return patience;
+}
+
+// For one that does not, or whose card stays busy.
+inline device::modem::Patience ShortPatience() {
+  device::modem::Patience patience = LongPatience();
+  patience.card = std::chrono::milliseconds(2000);
+  patience.busy = std::chrono::milliseconds(2000);
+  return patience;
+}
+// For a port on which nobody ever answers.
+inline device::modem::Patience NoPatience() {
+  device::modem::Patience patience = ShortPatience();
+  patience.sync = std::chrono::milliseconds(200);
   return patience;
 }
 
@@ -121,9 +136,10 @@ class TestModem {
   std::thread thread_;
 };
 
-inline std::unique_ptr<device::modem::ModemChannel> OpenModem(const std::string& port) {
+inline std::unique_ptr<device::modem::ModemChannel> OpenModem(
+    const std::string& port, const device::modem::Patience& patience = LongPatience()) {
   std::string why;
-  auto channel = device::modem::ModemChannel::Open(port, why, ShortPatience());
+  auto channel = device::modem::ModemChannel::Open(port, why, patience);
   EXPECT_NE(channel, nullptr) << why;
   return channel;
 }

@@ -208,7 +208,7 @@ TEST_F(ModemWaysTest, AModemThatGivesNoWayToItsCardIsRefusedWithWhatToDo) {
   device::card::SoftCard none("usim");
   TestModem shut(none.Channel(), {.logicalChannels = false, .apdus = false, .fileCommands = false});
   std::string why;
-  EXPECT_EQ(device::modem::ModemChannel::Open(shut.Port(), why, ShortPatience()), nullptr);
+  EXPECT_EQ(device::modem::ModemChannel::Open(shut.Port(), why, LongPatience()), nullptr);
   EXPECT_THAT(why, HasSubstr("The modem on " + shut.Port()));
   EXPECT_THAT(why, HasSubstr("Put the card into a card reader and use --sim pcsc."));
 }

@@ -37,7 +37,8 @@ class ModemProgramTest : public ModemCardTest {
 
   int Run(const std::string& command) {
     const std::string file = (folder.Path() / "output").string();
-    const int status = std::system(("( " + command + " ) >'" + file + "' 2>&1").c_str());
+    const int status = std::system(
+        ("( export LC_ALL=C.UTF-8 LANGUAGE=; " + command + " ) >'" + file + "' 2>&1").c_str());
     written = ReadFile(file);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   }
@@ -46,7 +47,7 @@ class ModemProgramTest : public ModemCardTest {
   }
   // Kelpin itself, without a display, with folders of its own.
   int RunKelpin(const std::string& arguments) {
-    const std::string home = folder.Path().string();
+    const std::string home = "'" + folder.Path().string() + "'";
     return Run("cd " + home + " && env QT_QPA_PLATFORM=offscreen XDG_RUNTIME_DIR=" + home +
                " XDG_STATE_HOME=" + home + " XDG_CONFIG_HOME=" + home + " XDG_DATA_HOME=" + home +
                " timeout 60 '" + Kelpin() + "' " + arguments);
@@ -84,7 +85,7 @@ class ModemProgramTest : public ModemCardTest {
       ::_exit(127);
     }
     ASSERT_GT(process, 0);
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (ReadFile(output) != Link() + "\n" && std::chrono::steady_clock::now() < limit) {
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
@@ -149,7 +150,7 @@ TEST_F(ModemProgramTest, EachWayCanBeTakenAway) {
   EXPECT_EQ(End(), 0);
   Start("usim", {"--no-cgla", "--no-csim", "--no-crsm"});
   std::string why;
-  EXPECT_EQ(device::modem::ModemChannel::Open(Link(), why, ShortPatience()), nullptr);
+  EXPECT_EQ(device::modem::ModemChannel::Open(Link(), why, LongPatience()), nullptr);
   EXPECT_THAT(why, HasSubstr("does not let other programs at its card"));
 }
 

@@ -205,7 +205,8 @@ void ScreenWindows::Show(Entry& entry) {
   const QWidget* parent = window->parentWidget();
   const bool maximize = parent == nullptr ? maximize_ : parent->isMaximized();
   if (parent != nullptr && !maximize) {
-    window->move(parent->pos());
+    // The place within its frame: what the frame adds is not known of every window yet.
+    window->setGeometry(QRect(parent->geometry().topLeft(), window->size()));
   }
   if (maximize) {
     window->showMaximized();

@@ -6,7 +6,6 @@
 #include "app/app_state.h"
 #include "app/commands.h"
 #include "app/list_loader.h"
-#include "app/list_turn.h"
 #include "app/readiness.h"
 #include "app/sim_error.h"
 #include "res/format.h"
@@ -54,11 +53,14 @@ platform::SimResult DeleteFromCard(AppState& state, std::uint32_t index,
 
 EntryDeletion::EntryDeletion(AppState& state, Commands& commands, const ListLoader& loader,
                              ClearField clearField)
-    : state_(state), commands_(commands), loader_(loader), clearField_(std::move(clearField)) {}
+    : state_(state),
+      loader_(loader),
+      clearField_(std::move(clearField)),
+      run_(state, commands, res::kCommandDeleteNext) {}
 
 void EntryDeletion::Start() {
   const ui::ListView& list = List(state_);
-  if (running_ || asking_ || list.SelectedCount() == 0 || !CardIsReady(state_)) {
+  if (!run_.IsFree() || list.SelectedCount() == 0 || !CardIsReady(state_)) {
     return;
   }
   chosen_.clear();
@@ -74,43 +76,24 @@ void EntryDeletion::Start() {
 }
 
 bool EntryDeletion::Ask() {
-  asking_ = true;
+  const EntryRun::Asking asking(run_);
   const ui::BoxAnswer answer = state_.ports.screen.MessageBox(
       state_.mainDialog, res::LoadString(res::kStringDeleteFromSimQuestion),
       res::LoadString(res::kStringWarning), ui::kBoxQuestion);
-  asking_ = false;
   return answer == ui::BoxAnswer::kYes && !state_.dialog->Ended();
 }
 
 void EntryDeletion::Begin() {
-  running_ = true;
   chosenCount_ = chosen_.size();
   deletedCount_ = 0;
-  state_.ports.screen.SetWaitCursor(true);
-  commands_.EnableSoftKeys(false);
   // The notices of these deletions are not for the watcher, which would do the rows again.
   state_.simPhonebook.SetCollectDeletions(0);
-  PostNext();
-}
-
-void EntryDeletion::PostNext() {
-  if (!nextIsDue_) {
-    nextIsDue_ = true;
-    state_.dialog->PostCommand(res::kCommandDeleteNext);
-  }
+  run_.Begin();
 }
 
 void EntryDeletion::Continue() {
-  nextIsDue_ = false;
-  if (!running_ || asking_) {
+  if (!run_.IsDue()) {
     return;
-  }
-  if (!hasList_) {
-    hasList_ = TakeListOrAsk(state_, res::kCommandDeleteNext);
-    if (!hasList_) {
-      nextIsDue_ = true;
-      return;
-    }
   }
   if (loader_.IsWaiting()) {
     End();
@@ -154,7 +137,7 @@ void EntryDeletion::DeleteFirst() {
   List(state_).DeleteItem(row);
   chosen_.pop_front();
   ++deletedCount_;
-  PostNext();
+  run_.PostNext();
 }
 
 int EntryDeletion::FirstRow() const {
@@ -182,16 +165,9 @@ void EntryDeletion::SelectMarkedRow() {
 }
 
 void EntryDeletion::End() {
-  running_ = false;
   chosen_.clear();
   state_.simPhonebook.SetCollectDeletions(1);
-  commands_.EnableSoftKeys(true);
-  state_.ports.screen.SetWaitCursor(false);
-  if (hasList_) {
-    hasList_ = false;
-    GiveListBack(state_);
-  }
-  commands_.FollowSelection();
+  run_.End();
 }
 
 void EntryDeletion::TellStopped() {
@@ -202,24 +178,15 @@ void EntryDeletion::TellStopped() {
 }
 
 bool EntryDeletion::MayClose() {
-  if (!running_) {
+  if (!run_.IsRunning()) {
     return true;
   }
-  if (asking_) {
+  if (!run_.MayClose(res::Format(res::LoadString(res::kTextDeletionCloseQuestion),
+                                 {deletedCount_, chosenCount_}))) {
     return false;
   }
-  asking_ = true;
-  const ui::BoxAnswer answer = state_.ports.screen.MessageBox(
-      state_.mainDialog,
-      res::Format(res::LoadString(res::kTextDeletionCloseQuestion), {deletedCount_, chosenCount_}),
-      res::LoadString(res::kStringWarning), ui::kBoxQuestion);
-  asking_ = false;
-  if (answer == ui::BoxAnswer::kYes) {
-    End();
-    return true;
-  }
-  PostNext();
-  return false;
+  End();
+  return true;
 }
 
 void RegisterDelete(AppState& state, Commands& commands, const ListLoader& loader,

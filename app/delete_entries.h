@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 
+#include "app/entry_run.h"
 #include "platform/sim_result.h"
 #include "sim/sim_phonebook.h"
 
@@ -34,10 +35,8 @@ platform::SimResult DeleteFromCard(AppState& state, std::uint32_t index,
 
 // The Delete command: takes the selected entries from the card and from the list, after a question.
 //
-// What was selected when the user was asked is what is deleted. The work is done on the screen
-// thread, an entry at a time, with the screen served between two entries, so that the window is
-// drawn and the rows are seen to go. Meanwhile nobody else works on the list, its commands are off,
-// and the window does not close without asking. A list that is to be read again, since the card was
+// What was selected when the user was asked is what is deleted, an entry at a time, so that the
+// window is drawn and the rows are seen to go. A list that is to be read again, since the card was
 // changed or replaced, ends the work: what is left is no longer what the user chose.
 //
 // Screen thread.
@@ -58,7 +57,6 @@ class EntryDeletion {
  private:
   bool Ask();
   void Begin();
-  void PostNext();
   void DeleteFirst();
   // The first chosen row's number, -1 when it is not listed any more.
   int FirstRow() const;
@@ -68,17 +66,13 @@ class EntryDeletion {
   void TellStopped();
 
   AppState& state_;
-  Commands& commands_;
   const ListLoader& loader_;
   const ClearField clearField_;
+  EntryRun run_;
 
   std::deque<std::shared_ptr<const ui::RowData>> chosen_;  // not deleted yet, from the top
   std::size_t chosenCount_ = 0;
   std::size_t deletedCount_ = 0;
-  bool asking_ = false;   // the user is being asked something
-  bool running_ = false;  // between the user's Yes and the end
-  bool hasList_ = false;
-  bool nextIsDue_ = false;  // Continue will come
 };
 
 // Registers the command and what it needs.

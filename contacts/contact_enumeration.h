@@ -9,6 +9,13 @@
 
 namespace kelpin::contacts {
 
+// A contact's e-mail addresses, in the order in which they are looked for.
+inline constexpr platform::ContactProperty kEmailProperties[] = {
+    platform::ContactProperty::kEmail1Address,
+    platform::ContactProperty::kEmail2Address,
+    platform::ContactProperty::kEmail3Address,
+};
+
 // The contact that the connection holds.
 struct ContactHead {
   std::int32_t oid = 0;

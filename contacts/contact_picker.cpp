@@ -6,39 +6,28 @@
 #include <utility>
 
 #include "app/app_state.h"
+#include "app/list_message.h"
 #include "res/format.h"
 #include "res/ids.h"
 #include "res/strings.h"
 #include "ui/screen.h"
-#include "views/view_dialog.h"
 
 namespace kelpin::contacts {
 namespace {
 
 constexpr std::size_t kLeftKey = 0;
 constexpr std::size_t kRightKey = 1;
-constexpr int kColumnShift = 10;  // the name's column is wider by it, the number's narrower
-// What the private message says: the fill is to start, or how it ended.
-constexpr std::uint32_t kFillStarts = 0;
-constexpr std::uint32_t kFillEnded = 1;
 
 std::uint32_t FreeRecords(const app::AppState& state) {
   const std::uint32_t total = state.simPhonebook.Total();
   return total - std::min(total, state.simPhonebook.Used());
 }
 
-ui::ListMessage Message(int text, int hint) {
-  return {std::u16string(res::LoadString(text)), std::u16string(res::LoadString(hint)), 0, 0};
-}
-
 // What an empty list says.
 ui::ListMessage EndMessage(EnumerationEnd end, bool perContact, bool anyContact) {
-  if (end == EnumerationEnd::kNotOpened) {
-    return Message(res::kTextContactsNotOpened, res::kTextContactsNotOpenedHint);
-  }
-  return anyContact && !perContact
-             ? Message(res::kTextNoChosenNumbers, res::kTextNoChosenNumbersHint)
-             : Message(res::kTextNoContacts, res::kTextNoContactsHint);
+  return end != EnumerationEnd::kNotOpened && anyContact && !perContact
+             ? app::MakeListMessage(res::kTextNoChosenNumbers, res::kTextNoChosenNumbersHint)
+             : NoContactsMessage(end);
 }
 
 }  // namespace
@@ -54,7 +43,7 @@ struct ContactPicker::Shared {
 };
 
 ContactPicker::ContactPicker(app::AppState& state, bool move, Work work)
-    : state_(state),
+    : ContactListDialog(state, res::kContactPickerList, res::kMessageFillContactPicker),
       move_(move),
       work_(std::move(work)),
       shared_(std::make_shared<Shared>(state)) {}
@@ -62,30 +51,10 @@ ContactPicker::ContactPicker(app::AppState& state, bool move, Work work)
 ContactPicker::~ContactPicker() = default;
 
 void ContactPicker::OnInit(ui::Dialog& dialog) {
-  dialog.SetFullScreen(false, true);
-  dialog.SetTitle(state_.appTitle);
-  views::CreateBar(dialog, move_ ? res::kBarMovePicker : res::kBarCopyPicker);
+  SetUp(dialog, move_ ? res::kBarMovePicker : res::kBarCopyPicker, res::kStringPhone);
   ShowCounter(dialog);
-  if (ui::ListView* const list = dialog.List(res::kContactPickerList)) {
-    list->SetExtendedStyle(ui::kListCheckBoxes | ui::kListFullRowSelect);
-    list->InsertColumn(kPickerColumnName, res::LoadString(res::kStringName), 0);
-    list->InsertColumn(kPickerColumnNumber, res::LoadString(res::kStringPhone), 0);
-    list->SetMessage(Message(res::kTextReadingContacts, 0));
-  }
   shared_->dialog = dialog.shared_from_this();
-  dialog.PostMessage(res::kMessageFillContactPicker, kFillStarts);
-}
-
-void ContactPicker::OnMessage(ui::Dialog& dialog, std::uint32_t message, std::uint32_t first,
-                              std::uint32_t second) {
-  if (message != res::kMessageFillContactPicker) {
-    return;
-  }
-  if (first == kFillStarts) {
-    StartFill(dialog);
-  } else {
-    EndFill(dialog, static_cast<EnumerationEnd>(second));
-  }
+  PostFillStarts(dialog);
 }
 
 void ContactPicker::StartFill(ui::Dialog& dialog) {
@@ -100,8 +69,7 @@ void ContactPicker::StartFill(ui::Dialog& dialog) {
     const FillOutcome outcome = FillPicker(app.ports.contacts, shared->rules, shared->stop, rows);
     shared->anyContact = outcome.anyContact;
     app.ports.screen.SetWaitCursor(false);
-    shared->dialog->PostMessage(res::kMessageFillContactPicker, kFillEnded,
-                                static_cast<std::uint32_t>(outcome.end));
+    PostFillEnded(*shared->dialog, res::kMessageFillContactPicker, outcome.end);
   });
   if (started == 0) {
     state_.ports.screen.SetWaitCursor(false);
@@ -150,11 +118,7 @@ void ContactPicker::OnSize(ui::Dialog& dialog, ui::Size client) {
   dialog.SetBounds(res::kContactPickerCounter,
                    {metrics.margin, metrics.gap, std::max(0, client.width - 2 * metrics.margin),
                     metrics.labelHeight});
-  dialog.SetBounds(res::kContactPickerList, {0, top, client.width, client.height - top});
-  if (ui::ListView* const list = dialog.List(res::kContactPickerList)) {
-    list->SetColumnWidth(kPickerColumnName, client.width / 2 + kColumnShift);
-    list->SetColumnWidth(kPickerColumnNumber, std::max(0, client.width / 2 - kColumnShift));
-  }
+  PlaceList(dialog, {0, top, client.width, client.height - top});
 }
 
 void ContactPicker::OnCommand(ui::Dialog& dialog, int command) {
@@ -225,10 +189,6 @@ void ContactPicker::StartWork(ui::Dialog& dialog) {
     bar->EnableSoftKey(kLeftKey, true);
     bar->EnableSoftKey(kRightKey, true);
   }
-}
-
-void ContactPicker::OnHelp(ui::Dialog& /*dialog*/) {
-  views::ShowHelp(state_);
 }
 
 // A copy that runs ends the dialog itself, after the row it is at.

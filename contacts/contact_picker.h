@@ -4,19 +4,15 @@
 #include <functional>
 #include <memory>
 
+#include "contacts/contact_list_dialog.h"
 #include "contacts/contact_picker_fill.h"
-#include "ui/dialog.h"
-
-namespace kelpin::app {
-struct AppState;
-}
 
 namespace kelpin::contacts {
 
 // Dialog 205: the contacts, to choose from what goes to the card. It fills itself on a thread of
 // its own while it can be scrolled, and hands what is checked to its work on another one. Screen
 // thread.
-class ContactPicker : public ui::DialogHandler {
+class ContactPicker : public ContactListDialog {
  public:
   // Copies the checked rows. On a thread of its own; the dialog ends when it returns. `stop` is set
   // when the user, or the end of the program, asks for that; the copy ends after the row it is at.
@@ -26,12 +22,9 @@ class ContactPicker : public ui::DialogHandler {
   ~ContactPicker() override;
 
   void OnInit(ui::Dialog& dialog) override;
-  void OnMessage(ui::Dialog& dialog, std::uint32_t message, std::uint32_t first,
-                 std::uint32_t second) override;
   void OnSize(ui::Dialog& dialog, ui::Size client) override;
   void OnCommand(ui::Dialog& dialog, int command) override;
   void OnNotify(ui::Dialog& dialog, const ui::Notification& notification) override;
-  void OnHelp(ui::Dialog& dialog) override;
   void OnClose(ui::Dialog& dialog) override;
   void OnDestroy(ui::Dialog& dialog) override;
 
@@ -39,15 +32,14 @@ class ContactPicker : public ui::DialogHandler {
   enum class Stage { kFilling, kChoosing, kWorking };
   struct Shared;  // with the threads, which may outlive the dialog
 
-  void StartFill(ui::Dialog& dialog);
-  void EndFill(ui::Dialog& dialog, EnumerationEnd end);
+  void StartFill(ui::Dialog& dialog) override;
+  void EndFill(ui::Dialog& dialog, EnumerationEnd end) override;
   void StartWork(ui::Dialog& dialog);
   void CheckAll(ui::Dialog& dialog, bool checked);
   // Checked and free, in red when more are checked than fit.
   void ShowCounter(ui::Dialog& dialog);
   void EnableCheckCommands(ui::Dialog& dialog, bool enabled);
 
-  app::AppState& state_;
   const bool move_;
   const Work work_;
   const std::shared_ptr<Shared> shared_;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/app_state.h"
+#include "contacts/contact_list_dialog.h"
 #include "contacts/display_name.h"
 #include "contacts/phone_types.h"
 #include "sim/ril_ext_phonebook.h"
@@ -32,12 +33,6 @@ constexpr ContactProperty kNumbersAfterCompany[] = {
     ContactProperty::kCarTelephoneNumber,
     ContactProperty::kPagerNumber,
 };
-constexpr ContactProperty kEmails[] = {
-    ContactProperty::kEmail1Address,
-    ContactProperty::kEmail2Address,
-    ContactProperty::kEmail3Address,
-};
-
 std::size_t MaxEmailLength(const sim::RilExtPhonebook& phonebook) {
   const sim::SlotLayout file = phonebook.SlotInUse(0, sim::FieldSlot::kEmail);
   // What the card has no place for at all is not cut: it is told of when it cannot be written.
@@ -64,7 +59,7 @@ void AddNumberRows(const PickRules& rules, ContactsConnection& connection, const
     }
   }
   if (rows.size() == 1) {
-    rows.front()[kPickerColumnName] = CardName(name, {}, rules.maxNameLength);
+    rows.front()[kContactColumnName] = CardName(name, {}, rules.maxNameLength);
   }
   for (std::vector<std::u16string>& row : rows) {
     list.InsertRow(list.ItemCount(), std::move(row), std::make_unique<ContactPickRow>());
@@ -115,7 +110,7 @@ bool ReadNumbers(ContactsConnection& connection, std::int32_t oid, FirstNumbers&
 
 bool ReadEmail(platform::IContact& contact, std::u16string& email) {
   bool whole = true;
-  for (const ContactProperty property : kEmails) {
+  for (const ContactProperty property : kEmailProperties) {
     whole = ReadContactText(contact, property, email) != 0 && whole;
     if (!email.empty()) {
       break;

@@ -16,9 +16,6 @@ struct AppState;
 
 namespace kelpin::contacts {
 
-inline constexpr int kPickerColumnName = 0;
-inline constexpr int kPickerColumnNumber = 1;
-
 // What a row of the picker holds beside its two columns. Where a contact gives a row for each of
 // its numbers only the first two are set, to nothing. Texts have at most 255 characters.
 struct ContactPickRow : ui::RowData {

@@ -12,6 +12,7 @@
 #include "app/main_list.h"
 #include "app/sim_error.h"
 #include "contacts/card_fields.h"
+#include "contacts/contact_list_dialog.h"
 #include "contacts/display_name.h"
 #include "res/format.h"
 #include "res/ids.h"
@@ -109,8 +110,8 @@ void ContactsToSimRun::CopyRows(ui::Dialog& picker, const std::atomic<bool>& sto
     list.EnsureVisible(row);
     const std::shared_ptr<const ui::RowData> data = list.ItemData(row);
     // The picker's rows hold nothing else, and every one of them does.
-    const Entry chosen = {list.ItemText(row, kPickerColumnName),
-                          list.ItemText(row, kPickerColumnNumber),
+    const Entry chosen = {list.ItemText(row, kContactColumnName),
+                          list.ItemText(row, kContactColumnReach),
                           static_cast<const ContactPickRow*>(data.get())};
     next = CopyRow(picker, chosen);
     counters_.processed += next == Next::kGoOn ? 1 : 0;

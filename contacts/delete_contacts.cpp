@@ -1,6 +1,5 @@
 #include "contacts/delete_contacts.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -21,21 +20,6 @@ namespace {
 
 using platform::ContactProperty;
 
-constexpr int kColumnShift = 10;  // the name's column is wider by it, the other one narrower
-// What the private message says: the fill is to start, or it has ended.
-constexpr std::uint32_t kFillStarts = 0;
-constexpr std::uint32_t kFillEnded = 1;
-
-constexpr ContactProperty kEmails[] = {
-    ContactProperty::kEmail1Address,
-    ContactProperty::kEmail2Address,
-    ContactProperty::kEmail3Address,
-};
-
-ui::ListMessage Message(int text, int hint) {
-  return {std::u16string(res::LoadString(text)), std::u16string(res::LoadString(hint)), 0, 0};
-}
-
 std::vector<int> CheckedRows(const ui::ListView& list) {
   std::vector<int> rows;
   for (int row = 0; row < list.ItemCount(); ++row) {
@@ -54,7 +38,7 @@ std::u16string ReachedAt(ContactsConnection& connection, std::int32_t oid, bool 
       return number;
     }
   }
-  for (const ContactProperty property : kEmails) {
+  for (const ContactProperty property : kEmailProperties) {
     std::u16string email =
         emailsCount ? ContactText(*connection.contact, property) : std::u16string();
     if (!email.empty()) {
@@ -123,46 +107,26 @@ void DeleteContacts::Shared::DeleteChecked() {
 }
 
 DeleteContacts::DeleteContacts(app::AppState& state)
-    : state_(state), shared_(std::make_shared<Shared>(state)) {}
+    : ContactListDialog(state, res::kDeleteContactsList, res::kMessageFillDeleteContacts),
+      shared_(std::make_shared<Shared>(state)) {}
 
 DeleteContacts::~DeleteContacts() = default;
 
 void DeleteContacts::OnInit(ui::Dialog& dialog) {
-  dialog.SetFullScreen(false, true);
-  dialog.SetTitle(state_.appTitle);
-  views::CreateBar(dialog, res::kBarDeleteContacts);
+  SetUp(dialog, res::kBarDeleteContacts,
+        shared_->emailsCount ? res::kStringContact : res::kStringPhone);
   EnableCheckCommands(dialog, false);
   if (ui::ListView* const list = dialog.List(res::kDeleteContactsList)) {
-    list->SetExtendedStyle(ui::kListCheckBoxes | ui::kListFullRowSelect);
-    list->InsertColumn(kDeleteColumnName, res::LoadString(res::kStringName), 0);
-    list->InsertColumn(
-        kDeleteColumnContact,
-        res::LoadString(shared_->emailsCount ? res::kStringContact : res::kStringPhone), 0);
-    list->SetMessage(Message(res::kTextReadingContacts, 0));
     // Nothing here follows the changes of the rows.
     list->SetNotifying(false);
   }
   shared_->dialog = dialog.shared_from_this();
-  dialog.PostMessage(res::kMessageFillDeleteContacts, kFillStarts);
-}
-
-void DeleteContacts::OnMessage(ui::Dialog& dialog, std::uint32_t message, std::uint32_t first,
-                               std::uint32_t second) {
-  if (message != res::kMessageFillDeleteContacts) {
-    return;
-  }
-  if (first == kFillStarts) {
-    StartFill(dialog);
-  } else {
-    EndFill(dialog, static_cast<EnumerationEnd>(second));
-  }
+  PostFillStarts(dialog);
 }
 
 void DeleteContacts::StartFill(ui::Dialog& dialog) {
   const int started = state_.ports.kernel.CreateThread([shared = shared_] {
-    const EnumerationEnd end = shared->Fill();
-    shared->dialog->PostMessage(res::kMessageFillDeleteContacts, kFillEnded,
-                                static_cast<std::uint32_t>(end));
+    PostFillEnded(*shared->dialog, res::kMessageFillDeleteContacts, shared->Fill());
   });
   if (started == 0) {
     EndFill(dialog, EnumerationEnd::kNotOpened);
@@ -170,10 +134,7 @@ void DeleteContacts::StartFill(ui::Dialog& dialog) {
 }
 
 void DeleteContacts::EndFill(ui::Dialog& dialog, EnumerationEnd end) {
-  dialog.List(res::kDeleteContactsList)
-      ->SetMessage(end == EnumerationEnd::kNotOpened
-                       ? Message(res::kTextContactsNotOpened, res::kTextContactsNotOpenedHint)
-                       : Message(res::kTextNoContacts, res::kTextNoContactsHint));
+  dialog.List(res::kDeleteContactsList)->SetMessage(NoContactsMessage(end));
   EnableCheckCommands(dialog, true);
 }
 
@@ -186,11 +147,7 @@ void DeleteContacts::EnableCheckCommands(ui::Dialog& dialog, bool enabled) {
 }
 
 void DeleteContacts::OnSize(ui::Dialog& dialog, ui::Size client) {
-  dialog.SetBounds(res::kDeleteContactsList, {0, 0, client.width, client.height});
-  if (ui::ListView* const list = dialog.List(res::kDeleteContactsList)) {
-    list->SetColumnWidth(kDeleteColumnName, client.width / 2 + kColumnShift);
-    list->SetColumnWidth(kDeleteColumnContact, std::max(0, client.width / 2 - kColumnShift));
-  }
+  PlaceList(dialog, {0, 0, client.width, client.height});
 }
 
 void DeleteContacts::OnCommand(ui::Dialog& dialog, int command) {
@@ -253,10 +210,6 @@ bool DeleteContacts::Ask(const ui::Dialog& dialog) {
       res::LoadString(res::kStringWarning), ui::kBoxQuestion);
   stage_ = Stage::kOpen;
   return answer == ui::BoxAnswer::kYes && !dialog.Ended();
-}
-
-void DeleteContacts::OnHelp(ui::Dialog& /*dialog*/) {
-  views::ShowHelp(state_);
 }
 
 // A deletion that runs ends the dialog itself, after the contact it is at.

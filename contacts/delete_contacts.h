@@ -2,18 +2,9 @@
 
 #include <memory>
 
-#include "contacts/contact_enumeration.h"
-#include "ui/dialog.h"
-#include "ui/list_view.h"
-
-namespace kelpin::app {
-struct AppState;
-}
+#include "contacts/contact_list_dialog.h"
 
 namespace kelpin::contacts {
-
-inline constexpr int kDeleteColumnName = 0;
-inline constexpr int kDeleteColumnContact = 1;
 
 // What a row of the list holds.
 struct ContactDeleteRow : ui::RowData {
@@ -23,17 +14,14 @@ struct ContactDeleteRow : ui::RowData {
 
 // Dialog 212: takes the checked contacts out of Contacts, after a question. Filling and deleting
 // each have a thread of their own. Screen thread.
-class DeleteContacts : public ui::DialogHandler {
+class DeleteContacts : public ContactListDialog {
  public:
   explicit DeleteContacts(app::AppState& state);
   ~DeleteContacts() override;
 
   void OnInit(ui::Dialog& dialog) override;
-  void OnMessage(ui::Dialog& dialog, std::uint32_t message, std::uint32_t first,
-                 std::uint32_t second) override;
   void OnSize(ui::Dialog& dialog, ui::Size client) override;
   void OnCommand(ui::Dialog& dialog, int command) override;
-  void OnHelp(ui::Dialog& dialog) override;
   void OnClose(ui::Dialog& dialog) override;
   void OnDestroy(ui::Dialog& dialog) override;
 
@@ -41,14 +29,13 @@ class DeleteContacts : public ui::DialogHandler {
   enum class Stage { kOpen, kAsking, kDeleting };
   struct Shared;  // with the threads, which may outlive the dialog
 
-  void StartFill(ui::Dialog& dialog);
-  void EndFill(ui::Dialog& dialog, EnumerationEnd end);
+  void StartFill(ui::Dialog& dialog) override;
+  void EndFill(ui::Dialog& dialog, EnumerationEnd end) override;
   void EnableCheckCommands(ui::Dialog& dialog, bool enabled);
   void CheckAll(ui::Dialog& dialog, bool checked);
   void Delete(ui::Dialog& dialog);
   bool Ask(const ui::Dialog& dialog);
 
-  app::AppState& state_;
   const std::shared_ptr<Shared> shared_;
   Stage stage_ = Stage::kOpen;
 };

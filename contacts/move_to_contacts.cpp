@@ -4,11 +4,9 @@
 #include <string>
 
 #include "app/app_state.h"
-#include "app/commands.h"
 #include "app/delete_entries.h"
 #include "app/extended_fields.h"
 #include "app/list_loader.h"
-#include "app/list_turn.h"
 #include "app/readiness.h"
 #include "app/sim_error.h"
 #include "contacts/marked_row.h"
@@ -33,39 +31,28 @@ std::u16string WithoutPlus(std::u16string number) {
 
 }  // namespace
 
+MoveToContacts::MoveToContacts(app::AppState& state, app::Commands& commands,
+                               const app::ListLoader& loader, OverwritePrompt& prompt)
+    : state_(state),
+      loader_(loader),
+      prompt_(prompt),
+      work_(state, commands, res::kCommandMoveNext) {}
+
 void MoveToContacts::Start() {
-  if (running_ || asking_) {
+  if (!work_.IsFree()) {
     return;
   }
   chosen_.emplace(List(state_));
   if (chosen_->Count() == 0 || !app::CardIsReady(state_)) {
     return;
   }
-  running_ = true;
   kept_ = 0;
-  state_.ports.screen.SetWaitCursor(true);
-  commands_.EnableSoftKeys(false);
-  PostNext();
-}
-
-void MoveToContacts::PostNext() {
-  if (!nextIsDue_) {
-    nextIsDue_ = true;
-    state_.dialog->PostCommand(res::kCommandMoveNext);
-  }
+  work_.Begin();
 }
 
 void MoveToContacts::Continue() {
-  nextIsDue_ = false;
-  if (!running_ || asking_) {
+  if (!work_.IsDue()) {
     return;
-  }
-  if (!hasList_) {
-    hasList_ = app::TakeListOrAsk(state_, res::kCommandMoveNext);
-    if (!hasList_) {
-      nextIsDue_ = true;
-      return;
-    }
   }
   if (!run_.has_value() && !Begin()) {
     return;
@@ -93,9 +80,7 @@ bool MoveToContacts::Begin() {
 
 void MoveToContacts::MoveNext() {
   EntryCopy entry;
-  asking_ = true;  // a prompt serves the screen
-  const SimToContacts::Step step = run_->CopyNext(state_.mainDialog, entry);
-  asking_ = false;
+  const SimToContacts::Step step = CopyNext(entry);
   if (state_.closing || step == SimToContacts::Step::kUnreadable) {
     End();
     return;
@@ -115,7 +100,12 @@ void MoveToContacts::MoveNext() {
     }
     kept_ += removal == Removal::kKept ? 1 : 0;
   }
-  PostNext();
+  work_.PostNext();
+}
+
+SimToContacts::Step MoveToContacts::CopyNext(EntryCopy& entry) {
+  const app::EntryRun::Asking asking(work_);  // a prompt serves the screen
+  return run_->CopyNext(state_.mainDialog, entry);
 }
 
 MoveToContacts::Removal MoveToContacts::Remove(const EntryCopy& entry) {
@@ -155,17 +145,16 @@ void MoveToContacts::Tell() {
     summary += res::Format(res::LoadString(res::kTextSimEntriesKept), {kept_});
   }
   CloseRun();
-  asking_ = true;
-  ShowSummary(state_, summary);
-  asking_ = false;
+  {
+    const app::EntryRun::Asking asking(work_);
+    ShowSummary(state_, summary);
+  }
   SelectMarkedRow(List(state_));
   End();
 }
 
 void MoveToContacts::TellStopped() {
-  const std::u16string text =
-      res::Format(res::LoadString(res::kTextCopyFromSimStopped),
-                  {run_->Counters().processed, chosen_->Count()}, kSummaryLimit);
+  const std::u16string text = CopyStoppedText(run_->Counters().processed, chosen_->Count());
   End();
   state_.ports.screen.MessageBox(state_.mainDialog, text, res::LoadString(res::kStringWarning),
                                  ui::kBoxWarning);
@@ -181,37 +170,20 @@ void MoveToContacts::CloseRun() {
 }
 
 void MoveToContacts::End() {
-  running_ = false;
   CloseRun();
-  commands_.EnableSoftKeys(true);
-  if (hasList_) {
-    hasList_ = false;
-    app::GiveListBack(state_);
-  }
-  commands_.FollowSelection();
+  work_.End();
 }
 
 bool MoveToContacts::MayClose() {
-  if (!running_) {
+  if (!work_.IsRunning()) {
     return true;
-  }
-  if (asking_) {
-    return false;
   }
   const int processed = run_.has_value() ? run_->Counters().processed : 0;
-  asking_ = true;
-  const ui::BoxAnswer answer = state_.ports.screen.MessageBox(
-      state_.mainDialog,
-      res::Format(res::LoadString(res::kTextCopyFromSimCloseQuestion),
-                  {processed, chosen_->Count()}),
-      res::LoadString(res::kStringWarning), ui::kBoxQuestion);
-  asking_ = false;
-  if (answer == ui::BoxAnswer::kYes) {
-    End();
-    return true;
+  if (!work_.MayClose(CopyCloseQuestion(processed, chosen_->Count()))) {
+    return false;
   }
-  PostNext();
-  return false;
+  End();
+  return true;
 }
 
 }  // namespace kelpin::contacts

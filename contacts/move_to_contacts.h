@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "app/entry_run.h"
 #include "contacts/chosen_rows.h"
 #include "contacts/overwrite_prompt.h"
 #include "contacts/sim_to_contacts.h"
@@ -18,17 +19,11 @@ namespace kelpin::contacts {
 // those from the card that Contacts has. Before an entry is deleted its contact is read back, and
 // so is the entry itself: one whose fields could not all be read, that Contacts does not give back,
 // or that another program changed meanwhile stays on the card.
-//
-// The work is done on the screen thread, an entry at a time, with the screen served between two
-// entries. Meanwhile nobody else works on the list, its commands are off, and the window does not
-// close without asking.
-//
 // Screen thread.
 class MoveToContacts {
  public:
   MoveToContacts(app::AppState& state, app::Commands& commands, const app::ListLoader& loader,
-                 OverwritePrompt& prompt)
-      : state_(state), commands_(commands), loader_(loader), prompt_(prompt) {}
+                 OverwritePrompt& prompt);
 
   // The command.
   void Start();
@@ -41,10 +36,10 @@ class MoveToContacts {
  private:
   enum class Removal { kGone, kKept, kStopped };
 
-  void PostNext();
   // Opens Contacts; false when it ended the run.
   bool Begin();
   void MoveNext();
+  SimToContacts::Step CopyNext(EntryCopy& entry);
   // Takes the entry off the card and the list, where it may be.
   Removal Remove(const EntryCopy& entry);
   void Tell();
@@ -54,17 +49,13 @@ class MoveToContacts {
   void End();
 
   app::AppState& state_;
-  app::Commands& commands_;
   const app::ListLoader& loader_;
   OverwritePrompt& prompt_;
+  app::EntryRun work_;
 
   std::optional<ChosenRows> chosen_;
   std::optional<SimToContacts> run_;
-  int kept_ = 0;          // entries saved to Contacts that the card still has
-  bool asking_ = false;   // the user is being asked or told something
-  bool running_ = false;  // between the command and the end
-  bool hasList_ = false;
-  bool nextIsDue_ = false;  // Continue will come
+  int kept_ = 0;  // entries saved to Contacts that the card still has
 };
 
 }  // namespace kelpin::contacts

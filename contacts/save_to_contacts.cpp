@@ -8,7 +8,6 @@
 #include "contacts/marked_row.h"
 #include "contacts/run_counters.h"
 #include "contacts/sim_to_contacts.h"
-#include "res/format.h"
 #include "res/ids.h"
 #include "res/strings.h"
 #include "ui/screen.h"
@@ -98,7 +97,7 @@ bool SaveToContacts::CopyEach(SimToContacts& run, const Watch& watch) {
   while (!state_.closing && !watch.stopWanted()) {
     // A card that is to be read again may be another one, with other fields at these locations.
     if (loader_.IsWaiting()) {
-      summary_ = StoppedText();
+      summary_ = CopyStoppedText(processed_, chosen_->Count());
       return true;
     }
     EntryCopy entry;
@@ -107,7 +106,7 @@ bool SaveToContacts::CopyEach(SimToContacts& run, const Watch& watch) {
       return false;
     }
     if (step == SimToContacts::Step::kExchanged) {
-      summary_ = StoppedText();
+      summary_ = CopyStoppedText(processed_, chosen_->Count());
       return true;
     }
     if (step == SimToContacts::Step::kNoneLeft) {
@@ -118,11 +117,6 @@ bool SaveToContacts::CopyEach(SimToContacts& run, const Watch& watch) {
   }
   summary_ = run.Summary();
   return true;
-}
-
-std::u16string SaveToContacts::StoppedText() const {
-  return res::Format(res::LoadString(res::kTextCopyFromSimStopped),
-                     {processed_.load(), chosen_->Count()}, kSummaryLimit);
 }
 
 void SaveToContacts::Tell() {
@@ -152,9 +146,7 @@ bool SaveToContacts::MayClose() {
     }
   }
   const ui::BoxAnswer answer = state_.ports.screen.MessageBox(
-      state_.mainDialog,
-      res::Format(res::LoadString(res::kTextCopyFromSimCloseQuestion),
-                  {processed_.load(), chosen_->Count()}),
+      state_.mainDialog, CopyCloseQuestion(processed_, chosen_->Count()),
       res::LoadString(res::kStringWarning), ui::kBoxQuestion);
   if (answer != ui::BoxAnswer::kYes) {
     return false;

@@ -50,7 +50,6 @@ class SaveToContacts {
   // Leaves the summary; false when there is none to leave.
   bool CopyEntries(const Watch& watch);
   bool CopyEach(SimToContacts& run, const Watch& watch);
-  std::u16string StoppedText() const;
   void Tell();
   void End();
 

@@ -6,7 +6,9 @@
 #include "app/app_state.h"
 #include "app/card_hold.h"
 #include "app/main_list.h"
+#include "res/format.h"
 #include "res/ids.h"
+#include "res/strings.h"
 #include "sim/ril_ext_phonebook.h"
 
 namespace kelpin::contacts {
@@ -195,6 +197,15 @@ bool SimToContacts::IsInContacts(const EntryCopy& entry) {
 std::u16string SimToContacts::Summary() const {
   return state_.settings.Disable_Prompt_Contact_Exist == 0 ? SummaryText(counters_)
                                                            : AddedSummaryText(counters_);
+}
+
+std::u16string CopyStoppedText(int processed, std::size_t chosen) {
+  return res::Format(res::LoadString(res::kTextCopyFromSimStopped), {processed, chosen},
+                     kSummaryLimit);
+}
+
+std::u16string CopyCloseQuestion(int processed, std::size_t chosen) {
+  return res::Format(res::LoadString(res::kTextCopyFromSimCloseQuestion), {processed, chosen});
 }
 
 }  // namespace kelpin::contacts

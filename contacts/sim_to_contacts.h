@@ -75,4 +75,9 @@ class SimToContacts {
   std::unordered_set<std::u16string> onlyCopies_;  // names
 };
 
+// What the user is told when a run ended because the card was changed, and asked when the window is
+// to close meanwhile.
+std::u16string CopyStoppedText(int processed, std::size_t chosen);
+std::u16string CopyCloseQuestion(int processed, std::size_t chosen);
+
 }  // namespace kelpin::contacts

@@ -195,6 +195,22 @@ TEST_F(SharedCard, WhatWasFoundChangedRaisesTheGeneration) {
   EXPECT_EQ(mine.service.Generation(), before + 2);
 }
 
+// That its record is an entry's own is known from the entry: nobody waits for the index records of
+// the others, of which 90 and more are in use.
+TEST(SharedCardCost, ASavedEmailAsksForNoOtherEntry) {
+  MemoryCard card("usim");
+  SharedChannel channel(card);
+  ExtStack stack(channel);
+  std::uint32_t existing = sim::kNoRecord;
+  std::u16string text;
+  ASSERT_EQ(stack.book.ReadTextField(sim::FieldSlot::kEmail, 4, false, existing, text),
+            sim::FieldResult::kRead);
+  ASSERT_EQ(existing, 1U);
+  const std::uint64_t before = card.Commands();
+  EXPECT_EQ(stack.book.WriteTextField(sim::FieldSlot::kEmail, 4, u"a@b.c", existing), 0U);
+  EXPECT_LT(card.Commands() - before, 45U);
+}
+
 // What the list shows of an entry is enough to delete it, whatever is in it.
 TEST(KnownEntry, EveryEntryOfEverySampleIsKnownAsItsRowTellsIt) {
   for (const char* sample : {"usim", "usim-full", "usim-local", "sim-250"}) {

@@ -1,9 +1,10 @@
+#include "device/modem/modem_channel.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <utility>
 
-#include "device/modem/modem_channel.h"
 #include "platform/wording.h"
 
 namespace kelpin::device::modem {
@@ -85,6 +86,14 @@ std::unique_ptr<ModemChannel> ModemChannel::Open(const std::string& path, std::s
       why = platform::Say(
           "The modem on %s does not let other programs at its card: it knows none of +CCHO, +CSIM "
           "and +CRSM. Put the card into a card reader and use --sim pcsc.",
+          {path});
+      return nullptr;
+    }
+    if (error == TransportError::kNone && !channel->ReachesPhonebook()) {
+      why = platform::Say(
+          "The modem on %s does not let other programs at the phone book of its card: it knows "
+          "+CRSM alone, and that without the paths of folders. Put the card into a card reader and "
+          "use --sim pcsc.",
           {path});
       return nullptr;
     }
@@ -253,6 +262,16 @@ TransportError ModemChannel::FindWay() {
   const MutexLock hold(lock_);
   kind_ = way_.Kind();
   return error;
+}
+
+bool ModemChannel::ReachesPhonebook() {
+  if (way_.Locked() || way_.ReachesFolders()) return true;
+  constexpr std::uint16_t kTelecom = 0x7F10;
+  constexpr std::uint16_t kAdnFile = 0x6F3A;
+  const Reply reply = way_.SendFileCommand(
+      {.instruction = kGetResponse, .file = kAdnFile, .folder = {&kTelecom, 1}});
+  // 6A82, 9404: there is none of the old kind, which is all that is found without a path.
+  return reply.response != Word(0x6A, 0x82) && reply.response != Word(0x94, 0x04);
 }
 
 TransportError ModemChannel::Prepare() {

@@ -73,6 +73,8 @@ class ModemChannel final : public card::CardChannel {
   card::TransportError Lost() EXCLUDES(lock_);
   void Lose(card::TransportError error) EXCLUDES(lock_);
   card::TransportError FindWay() REQUIRES(turn_);
+  // False: the modem finds no folders, and the card has no phone book but in one of those.
+  bool ReachesPhonebook() REQUIRES(turn_);
   // Asks until a card that is busy has come to rest, or for too long.
   template <typename Send>
   Reply Patiently(bool onlyReads, Send send) REQUIRES(turn_);

@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "app/app_state.h"
+#include "app/card_error.h"
 #include "app/card_unlock.h"
 #include "app/commands.h"
 #include "app/list_turn.h"
 #include "app/own_number_header.h"
-#include "app/sim_error.h"
 #include "res/format.h"
 #include "res/ids.h"
 #include "res/strings.h"
@@ -108,7 +108,7 @@ void ListLoader::Refresh() {
   UnlockForReading(state_, !state_.cardChanged.exchange(false));
   const SimResult result = state_.simPhonebook.ReadStatus();
   if (!Succeeded(result)) {
-    ShowSimError(state_.ports.screen, state_.mainDialog, result);
+    ShowCardError(state_, state_.mainDialog, result);
     return;
   }
   state_.ports.screen.SetWaitCursor(true);
@@ -129,8 +129,9 @@ void ListLoader::Load() {
   }
   ui::ListView& list = List(state_);
   ShowLoading();
+  told_.clear();
   if (!CardIsLocked(state_)) {
-    UpdateOwnNumberHeader(state_);
+    UpdateOwnNumberHeader(state_, &told_);
   }
   if (!TakeList(state_)) {
     return;
@@ -166,7 +167,7 @@ void ListLoader::ShowLoading() {
 ListLoader::Outcome ListLoader::Fail(SimResult result) {
   // A card that is being closed fails, and nobody wants to know.
   if (!state_.closing) {
-    ShowSimError(state_.ports.screen, state_.mainDialog, result);
+    ShowCardError(state_, state_.mainDialog, result, &told_);
   }
   return {true, static_cast<std::uint32_t>(result)};
 }

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <string>
 
 #include "app/wiring.h"
 #include "platform/mutex.h"
@@ -50,6 +51,7 @@ class ListLoader {
   const Wiring wiring_;
   std::atomic<bool> queued_ = false;  // a load was asked for and has not begun
   Mutex running_;                     // held by the load that runs
+  std::u16string told_;               // by that load, of the device's words for what failed
 };
 
 }  // namespace kelpin::app

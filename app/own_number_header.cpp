@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "app/app_state.h"
-#include "app/sim_error.h"
+#include "app/card_error.h"
 #include "res/format.h"
 #include "res/ids.h"
 #include "res/strings.h"
@@ -38,7 +38,7 @@ std::optional<std::u16string> FirstOwnNumber(sim::RilClient& radio) {
 
 }  // namespace
 
-int UpdateOwnNumberHeader(AppState& state) {
+int UpdateOwnNumberHeader(AppState& state, std::u16string* told) {
   if (state.headerUpdating.exchange(true)) {
     return 1;
   }
@@ -47,7 +47,7 @@ int UpdateOwnNumberHeader(AppState& state) {
     // The flag stays set: see the header.
     const platform::SimResult result = state.simPhonebook.ReadStatus();
     if (!state.closing) {
-      ShowSimError(state.ports.screen, state.mainDialog, result);
+      ShowCardError(state, state.mainDialog, result, told);
     }
     return 0;
   }

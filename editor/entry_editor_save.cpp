@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "app/app_state.h"
+#include "app/card_error.h"
 #include "app/main_list.h"
-#include "app/sim_error.h"
 #include "editor/entry_editor.h"
 #include "editor/saved_rows.h"
 #include "res/ids.h"
@@ -165,7 +165,7 @@ void EntryEditor::FinishSave(const EntryInput& input, const SaveOutcome& outcome
     return;
   }
   if (!outcome.silent) {
-    app::ShowSimError(state_.ports.screen, editor_.owner, outcome.code);
+    app::ShowCardError(state_, editor_.owner, outcome.code);
   }
   if (!Open()) {
     return;

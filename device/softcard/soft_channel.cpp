@@ -92,13 +92,15 @@ TransportError SoftChannel::Connect(std::vector<std::uint8_t>& atr) {
   if (store_->ChangedOutside()) {
     // Read into place: what the card points to is replaced with it.
     CardImage fresh;
-    if (!store_->Load(fresh, error_)) {
+    unreadable_ = !store_->Load(fresh, error_);
+    if (unreadable_) {
       power_ = Power::kOff;
       return TransportError::kNoReader;
     }
     image_ = std::move(fresh);
     Post(Event::kTouched);
   }
+  unreadable_ = false;
   card_->Reset();
   transactions_ = 0;
   power_ = Power::kOn;
@@ -183,6 +185,11 @@ std::string SoftChannel::Description() const {
   return "software card " + store_->Path();
 }
 
+std::string SoftChannel::Trouble() const {
+  const MutexLock hold(lock_);
+  return unreadable_ && inserted_ ? error_ : std::string();
+}
+
 void SoftChannel::Remove() {
   const MutexLock hold(lock_);
   if (!inserted_) {
@@ -247,7 +254,7 @@ void SoftChannel::SetTrace(Trace trace) {
   trace_ = std::move(trace);
 }
 
-void SoftChannel::SetTrouble(Trouble trouble) {
+void SoftChannel::SetTrouble(HearTrouble trouble) {
   const MutexLock hold(lock_);
   trouble_ = std::move(trouble);
 }

@@ -48,6 +48,7 @@ class SoftChannel : public card::CardChannel {
   // When this returns, the listener before is not called any more.
   void SetListener(card::CardChannelListener* listener) override;
   std::string Description() const override;
+  std::string Trouble() const override;
 
   // Takes the card out of its slot, as a person does.
   void Remove();
@@ -62,8 +63,8 @@ class SoftChannel : public card::CardChannel {
   std::uint64_t CommandCount() const;
   void SetTrace(Trace trace);
   // Told why a change could not be saved, each time. Called within Transmit; must not call back.
-  using Trouble = std::function<void(const std::string& trouble)>;
-  void SetTrouble(Trouble trouble);
+  using HearTrouble = std::function<void(const std::string& trouble)>;
+  void SetTrouble(HearTrouble trouble);
   // Why the last kStorage or kNoReader was told.
   std::string LastError() const;
 
@@ -92,8 +93,9 @@ class SoftChannel : public card::CardChannel {
   bool overtaken_ GUARDED_BY(lock_) = false;  // the file was found changed by somebody else
   std::uint64_t commands_ GUARDED_BY(lock_) = 0;
   std::string error_ GUARDED_BY(lock_);
+  bool unreadable_ GUARDED_BY(lock_) = false;  // when it was connected to last
   Trace trace_ GUARDED_BY(lock_);
-  Trouble trouble_ GUARDED_BY(lock_);
+  HearTrouble trouble_ GUARDED_BY(lock_);
   std::deque<Event> events_ GUARDED_BY(lock_);
   bool closing_ GUARDED_BY(lock_) = false;
 

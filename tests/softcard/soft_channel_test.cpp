@@ -154,8 +154,10 @@ TEST_F(SoftChannelTest, AFileThatWentAwayIsNoReaderUntilItIsBack) {
   EXPECT_EQ(Send(kWrite), TransportError::kReset);
   EXPECT_EQ(Connect(), TransportError::kNoReader);
   EXPECT_NE(channel_->LastError().find("cannot be read: it is not there"), std::string::npos);
+  EXPECT_EQ(channel_->Trouble().find(path_ + ": the card file cannot be read: "), 0u);
   std::filesystem::rename(away, path_);
   ASSERT_EQ(Connect(), TransportError::kNone);
+  EXPECT_EQ(channel_->Trouble(), "");
   Go("7F106F3A");
   EXPECT_EQ(Say("00B2020410"), kFree);
 }

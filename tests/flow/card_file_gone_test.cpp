@@ -1,0 +1,50 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "tests/flow/entry_editor_flow.h"
+
+// The file of the card goes away under the program, and comes back.
+namespace kelpin::editor {
+namespace {
+
+std::u16string Wide(const std::string& text) {
+  return {text.begin(), text.end()};
+}
+
+TEST(CardFileGone, IsToldInOneBoxWithTheFilesName) {
+  EntryFlow flow{"usim"};
+  flow.Open();
+  const int rows = flow.List().ItemCount();
+  ASSERT_GT(rows, 0);
+  const std::string file = flow.card.File();
+  std::filesystem::rename(file, file + ".away");
+
+  flow.InEdit(1, [&](ui::Dialog& dialog) {
+    flow.Type(dialog, res::kEditName, u"Changed");
+    flow.Done(dialog);
+  });
+  ASSERT_TRUE(flow.Settle());
+  Texts told = flow.BoxTexts();
+  ASSERT_EQ(told.size(), 1u);
+  EXPECT_TRUE(told[0].starts_with(Wide(file) + u": the card file cannot be read: it is not there"));
+
+  // What the card's own number cannot be read for, the list is not told for again.
+  flow.state.dialog->Command(res::kCommandRefresh);
+  ASSERT_TRUE(flow.screen.RunUntil([&] { return flow.BoxTexts().size() > 1; }));
+  ASSERT_TRUE(flow.Settle());
+  told = flow.BoxTexts();
+  ASSERT_EQ(told.size(), 2u);
+  EXPECT_EQ(told[1], told[0]);
+
+  std::filesystem::rename(file + ".away", file);
+  flow.state.dialog->Command(res::kCommandRefresh);
+  ASSERT_TRUE(flow.screen.RunUntil([&] { return flow.List().ItemCount() == rows; }));
+  ASSERT_TRUE(flow.Settle());
+  EXPECT_EQ(flow.BoxTexts().size(), 2u);
+}
+
+}  // namespace
+}  // namespace kelpin::editor

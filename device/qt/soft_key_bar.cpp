@@ -24,6 +24,7 @@ namespace {
 constexpr int kIcon = 20;  // times the text size
 constexpr int kIconGap = 6;
 constexpr int kTextMargin = 4;
+constexpr int kLeastKey = 48;     // one of three
 constexpr int kWidestPair = 640;  // keys of a wide window stay together in its middle
 
 class SoftKeyAccessible : public QAccessibleWidget {
@@ -146,6 +147,10 @@ int SoftKeyButton::FittingTextSize() const {
       .pixelSize();
 }
 
+int SoftKeyButton::WidthOfText() const {
+  return QFontMetrics(FontFor(TextRole::kKey)).horizontalAdvance(text());
+}
+
 void SoftKeyButton::SetTextSize(int pixels) {
   if (pixels != textSize_) {
     textSize_ = pixels;
@@ -216,7 +221,7 @@ bool SoftKeyBar::Sync() {
     }
     button->Apply(key);
   }
-  FitTexts();
+  LayOut();
   return !keys_.empty();
 }
 
@@ -288,15 +293,26 @@ void SoftKeyBar::LayOut() {
     return;
   }
   const int pair = std::min(width(), std::max(kWidestPair, Scaled(kWidestPair)));
-  const int each = pair / std::max(2, static_cast<int>(keys_.size()));
-  int x = (width() - each * static_cast<int>(keys_.size())) / 2;
+  const int count = static_cast<int>(keys_.size());
+  const int each = pair / std::max(2, count);
+  int x = (width() - each * count) / 2;
   std::vector<SoftKeyButton*> shown = keys_;
   if (done_ && shown.size() > 2) {
     std::swap(shown[1], shown.back());  // Done stands in the middle
   }
+  // Of three words a long one is written larger when its key is wider than the others.
+  int words = 0;
+  int longest = 0;
+  for (const SoftKeyButton* key : shown) {
+    words += key->WidthOfText();
+    longest = std::max(longest, key->WidthOfText());
+  }
+  const bool alike = count < 3 || words == 0 || longest + kLeastKey <= each;
+  const int spare = std::max(0, each - kLeastKey) * count;
   for (SoftKeyButton* key : shown) {
-    key->setGeometry(x, 1, each, height() - 1);
-    x += each;
+    const int wide = alike ? each : kLeastKey + spare * key->WidthOfText() / words;
+    key->setGeometry(x, 1, wide, height() - 1);
+    x += wide;
   }
   FitTexts();
 }

@@ -23,6 +23,7 @@ class SoftKeyButton : public QAbstractButton {
   // The size, in pixels, at which the text fits the key; the keys of a bar are written alike.
   int FittingTextSize() const;
   void SetTextSize(int pixels);
+  int WidthOfText() const;  // at full size
   int TextSize() const { return textSize_; }
 
   QSize sizeHint() const override;

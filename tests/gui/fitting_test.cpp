@@ -87,6 +87,30 @@ TEST_F(LargeText, TheKeysOfABarAreWrittenWholeAndAlike) {
   EXPECT_LT(QFontMetrics(font).horizontalAdvance(cancel->text()), cancel->width());
 }
 
+// A dialog whose own keys are off has a Done key between them.
+TEST_F(LargeText, OfThreeKeysTheOneWithTheLongWordIsTheWidest) {
+  SampleHandler handler;
+  handler.init = [](ui::Dialog& dialog) {
+    static const ui::SoftKeyTemplate keys[] = {{kDone, u"OK"}, {kCancel, u"Abbrechen"}};
+    static const ui::MenuBarTemplate bar = {3, keys};
+    dialog.SetFullScreen(true, true);
+    ui::MenuBar* const own = dialog.CreateMenuBar(bar);
+    own->EnableSoftKey(0, false);
+    own->EnableSoftKey(1, false);
+  };
+  const auto dialog = Show(kBareTemplate, handler);
+  auto* ok = Find<qt::SoftKeyButton>(*dialog, "key0");
+  auto* cancel = Find<qt::SoftKeyButton>(*dialog, "key1");
+  auto* done = Find<qt::SoftKeyButton>(*dialog, "done");
+  ASSERT_NE(done, nullptr);
+  EXPECT_GT(cancel->width(), done->width());
+  EXPECT_GT(done->width(), ok->width());
+  EXPECT_GE(ok->width(), 40);
+  EXPECT_LE(cancel->geometry().right(), 360);
+  // A third of the width would take little more than half of the size.
+  EXPECT_GE(3 * cancel->TextSize(), 2 * qt::FontFor(qt::TextRole::kKey).pixelSize());
+}
+
 // What is read of a tool tip.
 QString Shown(const QString& tip) {
   QTextDocument page;

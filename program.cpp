@@ -33,8 +33,7 @@ void FillCommands(app::AppState& state, app::Commands& commands, app::ListLoader
 
 }  // namespace
 
-int RunProgram(const app::Ports& ports, const ProgramHooks& hooks,
-               const app::EntryArguments& arguments) {
+app::Wiring ProgramWiring(const ProgramHooks& hooks) {
   app::Wiring wiring;
   wiring.listLoaded = hooks.listLoaded;
   wiring.closing = hooks.closing;
@@ -43,7 +42,12 @@ int RunProgram(const app::Ports& ports, const ProgramHooks& hooks,
   wiring.startWatchers = [](app::AppState& state, app::Commands& commands, app::ListLoader&) {
     app::StartWatchers(state, commands);
   };
-  return app::Run(ports, wiring, arguments);
+  return wiring;
+}
+
+int RunProgram(const app::Ports& ports, const ProgramHooks& hooks,
+               const app::EntryArguments& arguments) {
+  return app::Run(ports, ProgramWiring(hooks), arguments);
 }
 
 }  // namespace kelpin

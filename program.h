@@ -4,6 +4,7 @@
 
 #include "app/ports.h"
 #include "app/start_up.h"
+#include "app/wiring.h"
 
 namespace kelpin {
 
@@ -14,6 +15,9 @@ struct ProgramHooks {
   // When the program ends, before it closes the card.
   std::function<void()> closing;
 };
+
+// What the main dialog runs and starts: every command, the layout of the card, the watchers.
+app::Wiring ProgramWiring(const ProgramHooks& hooks = {});
 
 // The program on a device: its main dialog with every command it has. Returns the exit code.
 int RunProgram(const app::Ports& ports, const ProgramHooks& hooks = {},

@@ -95,7 +95,7 @@ Cost Measure(const CountingChannel& channel, const std::function<bool()>& work) 
 Cost CopyToCard(MemoryCard& card, SqliteStore& store, bool fields) {
   CountingChannel channel(card);
   CardProgram program(channel, store);
-  program.Put(u"CToSim_Type", fields ? 2 : 0);
+  program.SetSwitch(u"CToSim_Type", fields ? 2 : 0);
   program.Open();
   Cost cost;
   program.screen.ScriptDialog(205, [&](ui::Dialog& picker) {

@@ -14,19 +14,12 @@
 #include "app/main_dialog.h"
 #include "app/start_up.h"
 #include "res/ids.h"
+#include "tests/app/fake_device.h"
 #include "tests/support/call_text.h"
-#include "tests/support/fake_clock.h"
-#include "tests/support/fake_contacts.h"
 #include "tests/support/fake_devices.h"
-#include "tests/support/fake_kernel.h"
-#include "tests/support/fake_log.h"
-#include "tests/support/fake_programs.h"
 #include "tests/support/fake_radio.h"
-#include "tests/support/fake_registry.h"
-#include "tests/support/fake_shell.h"
 #include "tests/support/fake_sim.h"
-#include "tests/support/fake_telephone.h"
-#include "tests/support/headless_screen.h"
+#include "tests/support/list_texts.h"
 #include "tests/support/radio_entries.h"
 
 namespace kelpin::app {
@@ -70,23 +63,11 @@ class ProbingScreen : public test::HeadlessScreen {
 };
 
 // The device with all its fakes.
-struct Device {
-  test::Journal journal;
-  test::FailPlan failures;
-  test::FakeClock clock{journal};
-  ProbingScreen screen{journal, failures};
+struct Device : test::FakeDevice<ProbingScreen> {
   ProbingSim sim{journal, failures};
   test::FakeRadio radio{journal, failures};
   test::FakeDevices devices{journal, failures};
-  test::FakeRegistry registry{journal, failures};
-  test::FakeShell shell{journal, failures};
-  test::FakePrograms programs{journal, failures};
-  test::FakeTelephone telephone{journal, failures};
-  test::FakeContacts contacts{journal, failures};
-  test::FakeLog log;
-  test::FakeKernel kernel{journal, failures, &clock};
-  Ports ports{sim,      radio,     devices,  registry, kernel, shell,
-              programs, telephone, contacts, clock,    log,    screen};
+  Ports ports = PortsTo(sim, radio, devices, contacts);
 };
 
 // The program on a device, taken apart so that a test can look at its state. Loads run when the
@@ -146,11 +127,7 @@ class AppTest : public testing::Test {
   // Ends what is open, as the program's end does.
   void Leave() {
     if (state == nullptr) return;
-    if (state->dialog != nullptr && !state->dialog->Ended()) {
-      state->dialog->PostClose();
-      device.screen.RunMessageLoop();
-    }
-    device.kernel.EndThreads();
+    device.Leave(*state);
     mainDialog.reset();
     state.reset();
   }
@@ -161,22 +138,11 @@ class AppTest : public testing::Test {
   std::u16string Header() { return state->dialog->Text(res::kMainHeader); }
   bool SoftKeyEnabled(std::size_t key) { return state->dialog->Bar()->KeyAt(key).enabled; }
   std::vector<test::ShownBox> Boxes() { return device.screen.Boxes(); }
-  std::vector<std::u16string> BoxTexts() {
-    std::vector<std::u16string> texts;
-    for (const test::ShownBox& box : Boxes()) texts.push_back(box.text);
-    return texts;
-  }
+  std::vector<std::u16string> BoxTexts() { return device.BoxTexts(); }
 
   // "3|Name|Number" of a row.
-  std::u16string RowText(int row) {
-    return List().ItemText(row, 0) + u"|" + List().ItemText(row, 1) + u"|" +
-           List().ItemText(row, 2);
-  }
-  std::vector<std::u16string> Rows() {
-    std::vector<std::u16string> rows;
-    for (int row = 0; row < List().ItemCount(); ++row) rows.push_back(RowText(row));
-    return rows;
-  }
+  std::u16string RowText(int row) { return test::RowText(List(), row); }
+  std::vector<std::u16string> Rows() { return test::RowsOf(List()); }
   std::vector<std::uint32_t> RowIndexes() {
     std::vector<std::uint32_t> indexes;
     for (int row = 0; row < List().ItemCount(); ++row) {
@@ -212,9 +178,7 @@ class AppTest : public testing::Test {
     EXPECT_EQ(Menu().IsEnabled(res::kCommandDelete), List().SelectedCount() > 0);
   }
 
-  void SetSwitch(std::u16string_view name, std::uint32_t value) {
-    device.registry.PutDword(platform::RegistryRoot::kLocalMachine, kProgramKey, name, value);
-  }
+  void SetSwitch(std::u16string_view name, std::uint32_t value) { device.SetSwitch(name, value); }
   void SetDriverValue(std::u16string_view name, std::uint32_t value) {
     device.registry.PutDword(platform::RegistryRoot::kLocalMachine, kDriverKey, name, value);
   }

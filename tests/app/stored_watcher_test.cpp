@@ -165,7 +165,7 @@ TEST_F(StoredWatcherTest, WithNothingQueuedLeavesTheSoftKeysAlone) {
   Pulse(sim::kStoredEventName);
   Dialog().Bar()->EnableSoftKey(1, false);  // as whoever has the list left them
   LetListGo();
-  ASSERT_TRUE(device.screen.RunUntil([this] { return EveryWatcherWaits(); }));
+  ASSERT_TRUE(device.screen.RunUntil([this] { return device.EveryWatcherWaits(); }));
   EXPECT_FALSE(SoftKeyEnabled(1));
   EXPECT_FALSE(IsListLoading(*state));
   EXPECT_TRUE(List().Notifying());

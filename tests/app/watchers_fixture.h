@@ -31,14 +31,7 @@ class WatchersTest : public AppTest {
 
   // Serves the screen until nothing is left to do; false when that takes too long.
   bool Settle() {
-    return device.screen.RunUntil([this] { return EveryWatcherWaits() && ListRests(); });
-  }
-  bool EveryWatcherWaits() const {
-    for (const std::u16string_view name : {sim::kStoredEventName, sim::kDeletedEventName,
-                                           sim::kOwnNumbersEventName, sim::kPhonebookEventName}) {
-      if (device.kernel.Waiters(name) != 1) return false;
-    }
-    return true;
+    return device.screen.RunUntil([this] { return device.EveryWatcherWaits() && ListRests(); });
   }
   bool ListRests() {
     return !IsListLoading(*state) && !theLoader->IsWaiting() && List().Visible() &&

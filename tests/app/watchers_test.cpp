@@ -52,7 +52,7 @@ TEST_F(WatchersTest, TheEndOfTheProgramEndsThem) {
   Dialog().PostClose();
   device.screen.RunMessageLoop();
   device.kernel.EndThreads();  // returns
-  EXPECT_FALSE(EveryWatcherWaits());
+  EXPECT_FALSE(device.EveryWatcherWaits());
   EXPECT_TRUE(Boxes().empty());
 }
 

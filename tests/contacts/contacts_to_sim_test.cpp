@@ -13,9 +13,7 @@ using testing::IsEmpty;
 class ContactsToSimTest : public ToSimTest {
  protected:
   void SetUp() override {
-    device.sim.SetCapacity(6);
-    device.sim.SetEntry(1, u"Anna", u"111");
-    device.sim.SetEntry(3, u"Cem", u"333");
+    PutAnnaAndCem();
     Open();
   }
   void ExpectSummary(int created, int overwritten, int existing) {

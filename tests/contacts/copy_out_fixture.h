@@ -1,56 +1,27 @@
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "app/extended_fields.h"
-#include "contacts/contacts_commands.h"
-#include "tests/app/app_fixture.h"
+#include "tests/contacts/contacts_fixture.h"
 
 namespace kelpin::contacts {
 
-using platform::ContactProperty;
 using Texts = std::vector<std::u16string>;
 
-// The program with its commands between the card and Contacts. Worker threads run, one after the
-// other on the test's own thread, when the test says so.
-class CopyOutTest : public app::AppTest {
+// Entries of the card that go to Contacts.
+class CopyOutTest : public ContactsTest {
  protected:
-  static constexpr std::u16string_view kNoneCopied =
-      u"Contact(s) successfully added.\n\n - 0 new item(s).\n - 0 item(s) overwritten.\n"
-      u" - 0 item(s) already exists.";
+  CopyOutTest() { wiring.loadLayout = app::LoadExtendedLayout; }
 
-  CopyOutTest() {
-    std::erase(known, res::kCommandSaveToContacts);
-    std::erase(known, res::kCommandMoveToContacts);
-    wiring.fillCommands = [fill = wiring.fillCommands](app::AppState& app, app::Commands& commands,
-                                                       app::ListLoader& loader) {
-      fill(app, commands, loader);
-      RegisterContactsCommands(app, commands, loader);
-    };
-    wiring.loadLayout = app::LoadExtendedLayout;
-    SetSwitch(u"Enable_Move_Func", 1);
-  }
-
-  static std::u16string Summary(int created, int overwritten, int existing) {
-    return u"Contact(s) successfully added.\n\n - " + Text(created) + u" new item(s).\n - " +
-           Text(overwritten) + u" item(s) overwritten.\n - " + Text(existing) +
-           u" item(s) already exists.";
-  }
   static std::u16string AddedSummary(int created, int existing) {
     return u"Contacts successfully added.\n\n - " + Text(created) + u" new item(s).\n - " +
            Text(existing) + u" item(s) already exists.";
   }
-  static std::u16string Text(int number) {
-    const std::string digits = std::to_string(number);
-    return {digits.begin(), digits.end()};
-  }
-
   void SelectRows(const std::vector<int>& rows) {
     List().SetItemState(-1, 0, ui::kItemSelected);
     for (const int row : rows) List().SetItemState(row, ui::kItemSelected, ui::kItemSelected);
@@ -84,6 +55,13 @@ class CopyOutTest : public app::AppTest {
                       contact[ContactProperty::kMobileTelephoneNumber]);
     }
     return texts;
+  }
+
+  // The locations that the card still has.
+  std::vector<std::uint32_t> OnTheCard() {
+    std::vector<std::uint32_t> indexes;
+    for (const auto& [index, entry] : device.sim.Entries()) indexes.push_back(index);
+    return indexes;
   }
 
   // How the next prompt is answered, and with which check box.

@@ -158,7 +158,7 @@ TEST_F(CopyProgressTest, EscapeClosesItAndEnterDoesNot) {
   });
   Save();
   EXPECT_THAT(Contacts(), IsEmpty());
-  EXPECT_THAT(BoxTexts(), ElementsAre(kNoneCopied));
+  EXPECT_THAT(BoxTexts(), ElementsAre(Summary(0, 0, 0)));
 }
 
 TEST_F(CopyProgressTest, TextAndBarFollowTheWidth) {

@@ -10,12 +10,6 @@ using testing::IsEmpty;
 
 class MoveToContactsTest : public CopyOutTest {
  protected:
-  // The locations that the card still has.
-  std::vector<std::uint32_t> OnTheCard() {
-    std::vector<std::uint32_t> indexes;
-    for (const auto& [index, entry] : device.sim.Entries()) indexes.push_back(index);
-    return indexes;
-  }
   // Runs `action` when the card is told to empty this location.
   void AtDeletionOf(std::uint32_t location, std::function<void()> action) {
     device.sim.onDelete = [location, action = std::move(action)](std::uint32_t index) {
@@ -143,32 +137,6 @@ TEST_F(MoveToContactsTest, ItsOwnDeletionsAreNotCollected) {
   EXPECT_THAT(collecting, ElementsAre(0u, 0u, 0u));
 }
 
-TEST_F(MoveToContactsTest, ADuplicateIsMovedAfterAYesAndStaysAfterANo) {
-  PutThree();
-  PutContact(u"Anna");
-  PutContact(u"Bert");
-  Open();
-  SelectAll();
-  AnswerPrompt(res::kOverwriteYes);
-  AnswerPrompt(res::kOverwriteNo);
-  Move();
-  EXPECT_THAT(Contacts(), ElementsAre(u"Anna:111", u"Bert:old", u"Cem:333"));
-  EXPECT_THAT(OnTheCard(), ElementsAre(2u));
-  EXPECT_THAT(Rows(), ElementsAre(u"2|Bert|222"));
-  EXPECT_THAT(BoxTexts(), ElementsAre(Summary(1, 1, 1)));
-}
-
-TEST_F(MoveToContactsTest, YesToAllMovesTheOtherDuplicatesToo) {
-  PutThree();
-  for (const auto name : {u"Anna", u"Bert", u"Cem"}) PutContact(name);
-  Open();
-  SelectAll();
-  AnswerPrompt(res::kOverwriteYes, true);
-  Move();
-  EXPECT_THAT(OnTheCard(), IsEmpty());
-  EXPECT_THAT(BoxTexts(), ElementsAre(Summary(0, 3, 0)));
-}
-
 TEST_F(MoveToContactsTest, WhereNothingIsAskedDuplicatesStay) {
   SetSwitch(u"Disable_Prompt_Contact_Exist", 1);
   PutThree();
@@ -276,19 +244,6 @@ TEST_F(MoveToContactsTest, AnEntryThatCouldNotBeSavedStays) {
   EXPECT_THAT(Contacts(), ElementsAre(u"Anna:111", u"Cem:333"));
   EXPECT_THAT(OnTheCard(), ElementsAre(2u));
   EXPECT_THAT(BoxTexts(), ElementsAre(Summary(2, 0, 0)));
-}
-
-TEST_F(MoveToContactsTest, ADuplicateThatCouldNotBeOverwrittenAfterAYesStays) {
-  PutThree();
-  PutContact(u"Anna");
-  Open();
-  SelectRows({0});
-  AnswerPrompt(res::kOverwriteYes);
-  device.failures.FailCallOf("Save", 1);
-  Move();
-  EXPECT_THAT(Contacts(), ElementsAre(u"Anna:old"));
-  EXPECT_EQ(OnTheCard().size(), 3u);
-  EXPECT_THAT(BoxTexts(), ElementsAre(Summary(0, 1, 0)));
 }
 
 TEST_F(MoveToContactsTest, AnEntryThatContactsDoesNotGiveBackStaysAndTheSummarySaysSo) {

@@ -6,7 +6,6 @@ namespace kelpin::contacts {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 // The question, and what a run makes of its answers.
 class OverwritePromptTest : public CopyOutTest {
@@ -138,22 +137,6 @@ TEST_F(OverwritePromptTest, ANameHasTwoHundredFiftyFiveUnitsAndNoHalfCharacter) 
 
 // In a run.
 
-TEST_F(OverwritePromptTest, YesOverwritesAndNoLeavesAlone) {
-  PutThree();
-  PutContact(u"Anna");
-  PutContact(u"Bert");
-  Open();
-  SelectAll();
-  AnswerPrompt(res::kOverwriteYes);
-  AnswerPrompt(res::kOverwriteNo);
-  Save();
-  EXPECT_THAT(prompts,
-              ElementsAre(u"\"Anna\" already exists in Contacts. Do you want to overwrite it?",
-                          u"\"Bert\" already exists in Contacts. Do you want to overwrite it?"));
-  EXPECT_THAT(Contacts(), ElementsAre(u"Anna:111", u"Bert:old", u"Cem:333"));
-  EXPECT_THAT(BoxTexts(), ElementsAre(Summary(1, 1, 1)));
-}
-
 TEST_F(OverwritePromptTest, AnOverwrittenContactKeepsWhatTheCardHasNoPlaceFor) {
   PutThree();
   const std::int32_t oid = PutContact(u"Anna");
@@ -167,55 +150,6 @@ TEST_F(OverwritePromptTest, AnOverwrittenContactKeepsWhatTheCardHasNoPlaceFor) {
   expected[ContactProperty::kFileAs] = u"Anna";
   expected[ContactProperty::kMobileTelephoneNumber] = u"111";
   EXPECT_EQ(device.contacts.Contacts().at(oid), expected);
-}
-
-TEST_F(OverwritePromptTest, YesToAllOverwritesTheOthersWithoutAsking) {
-  PutThree();
-  for (const auto name : {u"Anna", u"Bert", u"Cem"}) PutContact(name);
-  Open();
-  SelectAll();
-  AnswerPrompt(res::kOverwriteYes, true);
-  Save();
-  EXPECT_EQ(prompts.size(), 1u);
-  EXPECT_THAT(Contacts(), ElementsAre(u"Anna:111", u"Bert:222", u"Cem:333"));
-  EXPECT_THAT(BoxTexts(), ElementsAre(Summary(0, 3, 0)));
-}
-
-TEST_F(OverwritePromptTest, NoToAllLeavesTheOthersWithoutAsking) {
-  PutThree();
-  for (const auto name : {u"Anna", u"Bert"}) PutContact(name);
-  Open();
-  SelectAll();
-  AnswerPrompt(res::kOverwriteNo, true);
-  Save();
-  EXPECT_EQ(prompts.size(), 1u);
-  EXPECT_THAT(Contacts(), ElementsAre(u"Anna:old", u"Bert:old", u"Cem:333"));
-  EXPECT_THAT(BoxTexts(), ElementsAre(Summary(1, 0, 2)));
-}
-
-TEST_F(OverwritePromptTest, AYesForOneIsNoYesForTheNext) {
-  PutThree();
-  for (const auto name : {u"Anna", u"Bert"}) PutContact(name);
-  Open();
-  SelectAll();
-  AnswerPrompt(res::kOverwriteYes);
-  AnswerPrompt(res::kOverwriteNo);
-  Save();
-  EXPECT_EQ(prompts.size(), 2u);
-  EXPECT_THAT(Contacts(), ElementsAre(u"Anna:111", u"Bert:old", u"Cem:333"));
-}
-
-TEST_F(OverwritePromptTest, ForAllHoldsForOneRun) {
-  PutThree();
-  PutContact(u"Anna");
-  Open();
-  SelectRows({0});
-  AnswerPrompt(res::kOverwriteYes, true);
-  Save();
-  SelectRows({0});
-  AnswerPrompt(res::kOverwriteNo);
-  Save();
-  EXPECT_EQ(prompts.size(), 2u);
 }
 
 TEST_F(OverwritePromptTest, AfterARunToTheCardTheNextSaveAsksAboutContacts) {
@@ -233,18 +167,6 @@ TEST_F(OverwritePromptTest, AfterARunToTheCardTheNextSaveAsksAboutContacts) {
   Save();
   EXPECT_THAT(prompts,
               ElementsAre(u"\"Anna\" already exists in Contacts. Do you want to overwrite it?"));
-}
-
-TEST_F(OverwritePromptTest, AYesThatCouldNotBeWrittenStillCounts) {
-  PutThree();
-  PutContact(u"Anna");
-  Open();
-  SelectRows({0});
-  AnswerPrompt(res::kOverwriteYes);
-  device.failures.FailCallOf("Save", 1);
-  Save();
-  EXPECT_THAT(Contacts(), ElementsAre(u"Anna:old"));
-  EXPECT_THAT(BoxTexts(), ElementsAre(Summary(0, 1, 0)));
 }
 
 TEST_F(OverwritePromptTest, TheWaitCursorIsOffWhileItIsAsked) {

@@ -1,24 +1,17 @@
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <functional>
 #include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "contacts/contacts_commands.h"
-#include "tests/app/app_fixture.h"
+#include "tests/contacts/contacts_fixture.h"
 
 namespace kelpin::contacts {
 
-using platform::ContactProperty;
-
-// The program with its contacts commands. Threads run when the script says so, on the test's own
-// thread.
-class ToSimTest : public app::AppTest {
+// Contacts that go to the card.
+class ToSimTest : public ContactsTest {
  protected:
   static constexpr int kPicker = 205;
   static constexpr int kOptions = 206;
@@ -31,20 +24,7 @@ class ToSimTest : public app::AppTest {
   using Script = std::function<void(ui::Dialog&)>;
   using Texts = std::map<ContactProperty, std::u16string>;
 
-  ToSimTest() {
-    for (const int command :
-         {res::kCommandSaveToContacts, res::kCommandMoveToContacts, res::kCommandContactsToSim,
-          res::kCommandMoveContactsToSim, res::kCommandDeleteContacts, res::kCommandOptions}) {
-      std::erase(known, command);
-    }
-    wiring.fillCommands = [fill = wiring.fillCommands](app::AppState& app, app::Commands& commands,
-                                                       app::ListLoader& loader) {
-      fill(app, commands, loader);
-      RegisterContactsCommands(app, commands, loader);
-    };
-    SetSwitch(u"Enable_Move_Func", 1);
-    SetSwitch(u"Mobile_Tel_Flag", 1);
-  }
+  ToSimTest() { SetSwitch(u"Mobile_Tel_Flag", 1); }
 
   std::int32_t Add(std::u16string_view last, std::u16string_view mobile, Texts more = {}) {
     test::FakeContact contact;
@@ -54,13 +34,6 @@ class ToSimTest : public app::AppTest {
     return device.contacts.Insert(std::move(contact));
   }
 
-  static std::vector<std::u16string> RowsOf(const ui::ListView& list) {
-    std::vector<std::u16string> rows;
-    for (int row = 0; row < list.ItemCount(); ++row) {
-      rows.push_back(list.ItemText(row, 0) + u"|" + list.ItemText(row, 1));
-    }
-    return rows;
-  }
   static std::vector<bool> ChecksOf(const ui::ListView& list) {
     std::vector<bool> checks;
     for (int row = 0; row < list.ItemCount(); ++row) checks.push_back(list.Checked(row));
@@ -110,23 +83,16 @@ class ToSimTest : public app::AppTest {
     });
   }
 
-  std::u16string Summary(int created, int overwritten, int existing) {
-    const auto text = [](int value) {
-      const std::string digits = std::to_string(value);
-      return std::u16string(digits.begin(), digits.end());
-    };
-    return u"Contact(s) successfully added.\n\n - " + text(created) + u" new item(s).\n - " +
-           text(overwritten) + u" item(s) overwritten.\n - " + text(existing) +
-           u" item(s) already exists.";
+  void PutAnnaAndCem() {
+    device.sim.SetCapacity(6);
+    device.sim.SetEntry(1, u"Anna", u"111");
+    device.sim.SetEntry(3, u"Cem", u"333");
   }
-
   // What is on the card, "1 Name 123".
   std::vector<std::u16string> CardEntries() {
     std::vector<std::u16string> entries;
     for (const auto& [index, entry] : device.sim.Entries()) {
-      const std::string place = std::to_string(index);
-      entries.push_back(std::u16string(place.begin(), place.end()) + u" " + entry.text + u" " +
-                        entry.address);
+      entries.push_back(Text(static_cast<int>(index)) + u" " + entry.text + u" " + entry.address);
     }
     return entries;
   }

@@ -11,6 +11,8 @@
 
 namespace kelpin::editor {
 
+using test::RowsOf;
+
 // One of the card's two lists of names, as it is to be.
 struct FamilyCase {
   const char* name;
@@ -80,13 +82,6 @@ class NameListFixture : public EntryEditorTest {
     });
   }
 
-  static Texts RowsOf(const ui::ListView& list) {
-    Texts rows;
-    for (int row = 0; row < list.ItemCount(); ++row) {
-      rows.push_back(list.ItemText(row, 0) + u"|" + list.ItemText(row, 1));
-    }
-    return rows;
-  }
   static void SelectRow(ui::ListView& list, int row) {
     constexpr std::uint32_t kState = ui::kItemSelected | ui::kItemFocused;
     list.SetItemState(-1, 0, ui::kItemSelected);

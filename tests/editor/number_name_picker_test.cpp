@@ -136,31 +136,28 @@ TEST_F(NumberNamePickerTest, OkIsOffUntilARowIsSelected) {
 }
 
 TEST_F(NumberNamePickerTest, EachButtonNamesItsOwnNumber) {
+  struct Buttons {
+    int second;
+    int secondLabel;
+    int third;
+    int thirdLabel;
+  };
+  const auto name = [this](ui::Dialog& entry, const Buttons& ids) {
+    const auto expectLabels = [&](std::u16string_view second, std::u16string_view third) {
+      EXPECT_EQ(entry.Text(ids.secondLabel), second);
+      EXPECT_EQ(entry.Text(ids.thirdLabel), third);
+    };
+    PickRow(entry, ids.second, 1);
+    expectLabels(u"Home", u"Phone Number 3:");
+    PickRow(entry, ids.third, 2);
+    expectLabels(u"Home", u"Work");
+    PickRow(entry, ids.second, 0);
+    PickRow(entry, ids.third, 0);
+    expectLabels(u"Phone Number 2:", u"Phone Number 3:");
+  };
   Open();
-  InNew([&](ui::Dialog& entry) {
-    PickRow(entry, 2012, 1);
-    EXPECT_EQ(entry.Text(1061), u"Home");
-    EXPECT_EQ(entry.Text(1065), u"Phone Number 3:");
-    PickRow(entry, 2011, 2);
-    EXPECT_EQ(entry.Text(1061), u"Home");
-    EXPECT_EQ(entry.Text(1065), u"Work");
-    PickRow(entry, 2012, 0);
-    PickRow(entry, 2011, 0);
-    EXPECT_EQ(entry.Text(1061), u"Phone Number 2:");
-    EXPECT_EQ(entry.Text(1065), u"Phone Number 3:");
-  });
-  InEdit(1, [&](ui::Dialog& entry) {
-    PickRow(entry, 2013, 2);
-    EXPECT_EQ(entry.Text(1057), u"Work");
-    EXPECT_EQ(entry.Text(1067), u"Phone Number 3:");
-    PickRow(entry, 2014, 1);
-    EXPECT_EQ(entry.Text(1057), u"Work");
-    EXPECT_EQ(entry.Text(1067), u"Home");
-    PickRow(entry, 2013, 0);
-    PickRow(entry, 2014, 0);
-    EXPECT_EQ(entry.Text(1057), u"Phone Number 2:");
-    EXPECT_EQ(entry.Text(1067), u"Phone Number 3:");
-  });
+  InNew([&](ui::Dialog& entry) { name(entry, {2012, 1061, 2011, 1065}); });
+  InEdit(1, [&](ui::Dialog& entry) { name(entry, {2013, 1057, 2014, 1067}); });
 }
 
 TEST_F(NumberNamePickerTest, DoneEnterAndADoubleTapChooseAndATapOnlySelects) {

@@ -144,7 +144,7 @@ TEST_P(ContactsInCardFaultTest, WhatHasLeftContactsIsWholeOnTheCard) {
     {
       FaultyChannel channel(card.Channel());
       CardProgram program(channel, store);
-      program.Put(u"CToSim_Type", 2);
+      program.SetSwitch(u"CToSim_Type", 2);
       program.Open();
       program.screen.ScriptDialog(205, [&](ui::Dialog& picker) {
         program.RunThreads();

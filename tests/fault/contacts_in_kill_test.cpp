@@ -112,7 +112,7 @@ class MoveInKillTest : public testing::Test {
     if (card == nullptr || store == nullptr) return 1;
     KillingChannel channel(*card, stop.after);
     CardProgram program(channel, *store);
-    program.Put(u"CToSim_Type", 2);
+    program.SetSwitch(u"CToSim_Type", 2);
     program.Open();
     program.screen.ScriptDialog(205, [&](ui::Dialog& picker) {
       program.RunThreads();

@@ -1,31 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
 
-#include "app/app_state.h"
 #include "app/card_opening.h"
-#include "app/list_commands.h"
-#include "app/list_loader.h"
-#include "app/main_dialog.h"
-#include "app/start_up.h"
-#include "app/watchers.h"
-#include "device/card/card_devices.h"
-#include "device/card/sim_service.h"
 #include "res/card_dialogs.h"
-#include "res/ids.h"
 #include "tests/card/soft_card.h"
-#include "tests/support/fake_clock.h"
-#include "tests/support/fake_contacts.h"
-#include "tests/support/fake_kernel.h"
-#include "tests/support/fake_log.h"
-#include "tests/support/fake_programs.h"
-#include "tests/support/fake_registry.h"
-#include "tests/support/fake_shell.h"
-#include "tests/support/fake_telephone.h"
-#include "tests/support/headless_screen.h"
+#include "tests/flow/program_on_card.h"
 
 // The program on a software card that wants its PIN: from its opening to the list.
 namespace kelpin::app {
@@ -42,65 +26,43 @@ void Lock(nlohmann::json& image, int tries) {
 class CardPinTest : public testing::Test {
  protected:
   void PutIn(int tries) {
-    card =
-        std::make_unique<SoftCard>("usim", [tries](nlohmann::json& image) { Lock(image, tries); });
+    PutIn([tries](nlohmann::json& image) { Lock(image, tries); });
+  }
+  void PutIn(const device::card::ImageChange& change) {
+    card = std::make_unique<SoftCard>("usim", change);
     card->Channel().SetTrace([this](std::string_view line) {
       const std::lock_guard lock(traceLock);
       trace += std::string(line) + "\n";
     });
-    service = std::make_unique<device::card::SimService>(card->Channel());
-    ports = std::make_unique<Ports>(Ports{*service, *service, devices, registry, kernel, shell,
-                                          programs, telephone, contacts, clock, log, screen,
-                                          service.get()});
-    state = std::make_unique<AppState>(*ports);
-    wiring.fillCommands = [this](AppState& app, Commands& commands, ListLoader& list) {
-      loader = &list;
-      commands.Register(res::kCommandNew, [] {});
-      commands.Register(res::kCommandSelectAll, [&app] { SelectAllRows(app); });
-      commands.Register(res::kCommandRefresh, [&list] { list.Refresh(); });
-    };
-    wiring.startWatchers = [](AppState& app, Commands& commands, ListLoader&) {
-      StartWatchers(app, commands);
-    };
+    program = std::make_unique<test::ProgramOnCard>(card->Channel());
   }
   ~CardPinTest() override {
-    if (state != nullptr && state->dialog != nullptr && !state->dialog->Ended()) {
-      state->dialog->PostClose();
-      screen.RunMessageLoop();
-    }
-    kernel.EndThreads();
+    program.reset();
     if (card != nullptr) card->Channel().SetTrace(nullptr);
   }
 
   // As the program's main does it: the card first, then the program.
   void Start(SecretCode* code = nullptr) {
-    screen.ScriptWaitForEnd(res::kDialogOpeningCard);
-    ASSERT_TRUE(OpenCard(*ports, {.code = code, .giveUp = {}}));
-    mainDialog = std::make_unique<MainDialog>(*state, wiring);
-    ASSERT_EQ(InitInstance(*state, *mainDialog, 1, 0), 1);
-    ASSERT_TRUE(Settle());
+    program->screen.ScriptWaitForEnd(res::kDialogOpeningCard);
+    ASSERT_TRUE(OpenCard(program->ports, {.code = code, .giveUp = {}}));
+    program->Open();
   }
-  bool Settle() {
-    return screen.RunUntil([this] {
-      return kernel.Waiters(sim::kPhonebookEventName) == 1 && !IsListLoading(*state) &&
-             !loader->IsWaiting() && List().Visible();
-    });
-  }
+  bool Await(const std::function<bool()>& done) { return program->screen.RunUntil(done); }
   void Type(std::u16string_view pin) {
-    screen.ScriptDialog(res::kDialogCardPin, [this, pin](ui::Dialog& dialog) {
+    program->screen.ScriptDialog(res::kDialogCardPin, [this, pin](ui::Dialog& dialog) {
       ++asked;
       dialog.EditByUser(res::kCardPin, pin, 0);
       dialog.PressSoftKey(0);
     });
   }
   void Cancel() {
-    screen.ScriptDialog(res::kDialogCardPin, [this](ui::Dialog& dialog) {
+    program->screen.ScriptDialog(res::kDialogCardPin, [this](ui::Dialog& dialog) {
       ++asked;
       dialog.PressSoftKey(1);
     });
   }
   void TypePuk(std::u16string_view puk, std::u16string_view pin) {
-    screen.ScriptDialog(res::kDialogCardPuk, [this, puk, pin](ui::Dialog& dialog) {
+    program->screen.ScriptDialog(res::kDialogCardPuk, [this, puk, pin](ui::Dialog& dialog) {
       ++asked;
       dialog.EditByUser(res::kCardPuk, puk, 0);
       dialog.EditByUser(res::kNewPin, pin, 0);
@@ -109,39 +71,17 @@ class CardPinTest : public testing::Test {
     });
   }
   int OnTheCard(const char* counter) { return card->Image()["pins"]["pin1"][counter].get<int>(); }
-  ui::ListView& List() { return *state->dialog->List(res::kMainList); }
-  std::vector<std::u16string> Boxes() {
-    std::vector<std::u16string> texts;
-    for (const test::ShownBox& box : screen.Boxes()) texts.push_back(box.text);
-    return texts;
-  }
+  int Listed() const { return program->List().ItemCount(); }
   std::string Trace() {
     const std::lock_guard lock(traceLock);
     return trace;
   }
 
   static constexpr int kEntries = 180;  // of the sample card
-  std::mutex traceLock;
+  EndingMutex traceLock;
   std::string trace;
   std::unique_ptr<SoftCard> card;
-  std::unique_ptr<device::card::SimService> service;
-  device::card::CardDevices devices;
-  test::Journal journal;
-  test::FailPlan failures;
-  test::FakeClock clock{journal};
-  test::HeadlessScreen screen{journal, failures};
-  test::FakeRegistry registry{journal, failures};
-  test::FakeShell shell{journal, failures};
-  test::FakePrograms programs{journal, failures};
-  test::FakeTelephone telephone{journal, failures};
-  test::FakeContacts contacts{journal, failures};
-  test::FakeLog log;
-  test::FakeKernel kernel{journal, failures, &clock};
-  std::unique_ptr<Ports> ports;
-  std::unique_ptr<AppState> state;
-  Wiring wiring;
-  std::unique_ptr<MainDialog> mainDialog;
-  ListLoader* loader = nullptr;
+  std::unique_ptr<test::ProgramOnCard> program;
   int asked = 0;
 };
 
@@ -149,9 +89,9 @@ TEST_F(CardPinTest, TheRightPinIsAskedOnceAndTheListIsRead) {
   PutIn(3);
   Type(u"1234");
   Start();
-  EXPECT_EQ(List().ItemCount(), kEntries);
+  EXPECT_EQ(Listed(), kEntries);
   EXPECT_EQ(asked, 1);
-  EXPECT_TRUE(Boxes().empty());
+  EXPECT_TRUE(program->BoxTexts().empty());
   EXPECT_EQ(OnTheCard("tries"), 3);
 }
 
@@ -163,33 +103,33 @@ TEST_F(CardPinTest, AWrongPinCostsOneTryThatSurvivesThePower) {
   Start();
   EXPECT_EQ(asked, 3);
   EXPECT_EQ(OnTheCard("tries"), 2);
-  EXPECT_EQ(List().ItemCount(), 0);
+  EXPECT_EQ(Listed(), 0);
 }
 
 TEST_F(CardPinTest, WhoGivesUpReadsTheUsualMessageOnce) {
   PutIn(3);
   Cancel();
   Start();
-  EXPECT_EQ(Boxes(),
+  EXPECT_EQ(program->BoxTexts(),
             std::vector<std::u16string>{u"SIM PIN is required to perform this operation."});
-  EXPECT_EQ(List().Message().text, u"The card is locked");
+  EXPECT_EQ(program->List().Message().text, u"The card is locked");
   EXPECT_EQ(OnTheCard("tries"), 3);
   // And may do it later.
   Type(u"1234");
-  state->dialog->Command(res::kCommandRefresh);
-  ASSERT_TRUE(screen.RunUntil([this] { return List().ItemCount() == kEntries; }));
-  ASSERT_TRUE(Settle());
-  EXPECT_EQ(Boxes().size(), 1u);
+  program->state.dialog->Command(res::kCommandRefresh);
+  ASSERT_TRUE(Await([this] { return Listed() == kEntries; }));
+  ASSERT_TRUE(program->Settle());
+  EXPECT_EQ(program->BoxTexts().size(), 1u);
 }
 
 TEST_F(CardPinTest, ALastTryThatIsWrongBlocksTheCardAndThePukOpensIt) {
   PutIn(1);
   Type(u"4321");
-  screen.ScriptBox(ui::BoxAnswer::kYes);
+  program->screen.ScriptBox(ui::BoxAnswer::kYes);
   TypePuk(u"87654321", u"2468");
   TypePuk(u"12345678", u"2468");
   Start();
-  EXPECT_EQ(List().ItemCount(), kEntries);
+  EXPECT_EQ(Listed(), kEntries);
   EXPECT_EQ(asked, 3);
   EXPECT_EQ(OnTheCard("tries"), 3);
   EXPECT_EQ(OnTheCard("pukTries"), 10);
@@ -199,11 +139,11 @@ TEST_F(CardPinTest, ALastTryThatIsWrongBlocksTheCardAndThePukOpensIt) {
 TEST_F(CardPinTest, ALastTryThatIsNotRiskedIsKept) {
   PutIn(1);
   Type(u"1234");
-  screen.ScriptBox(ui::BoxAnswer::kNo);
+  program->screen.ScriptBox(ui::BoxAnswer::kNo);
   Cancel();
   Start();
   EXPECT_EQ(OnTheCard("tries"), 1);
-  EXPECT_EQ(List().ItemCount(), 0);
+  EXPECT_EQ(Listed(), 0);
 }
 
 TEST_F(CardPinTest, ACardThatWasResetIsAskedForAgain) {
@@ -212,10 +152,10 @@ TEST_F(CardPinTest, ACardThatWasResetIsAskedForAgain) {
   Start();
   Type(u"1234");
   ASSERT_TRUE(card->Channel().Reset());
-  ASSERT_TRUE(screen.RunUntil([this] { return asked == 2; }));
-  ASSERT_TRUE(screen.RunUntil([this] { return List().ItemCount() == kEntries; }));
-  ASSERT_TRUE(Settle());
-  EXPECT_TRUE(Boxes().empty());
+  ASSERT_TRUE(Await([this] { return asked == 2; }));
+  ASSERT_TRUE(Await([this] { return Listed() == kEntries; }));
+  ASSERT_TRUE(program->Settle());
+  EXPECT_TRUE(program->BoxTexts().empty());
 }
 
 TEST_F(CardPinTest, ACardThatWasPutBackIsAskedForAgainAndItsRefusalIsRemembered) {
@@ -228,9 +168,9 @@ TEST_F(CardPinTest, ACardThatWasPutBackIsAskedForAgainAndItsRefusalIsRemembered)
   Type(u"4321");  // the card has refused it
   Type(u"1234");
   card->Channel().Insert();
-  ASSERT_TRUE(screen.RunUntil([this] { return asked == 4; }));
-  ASSERT_TRUE(screen.RunUntil([this] { return List().ItemCount() == kEntries; }));
-  ASSERT_TRUE(Settle());
+  ASSERT_TRUE(Await([this] { return asked == 4; }));
+  ASSERT_TRUE(Await([this] { return Listed() == kEntries; }));
+  ASSERT_TRUE(program->Settle());
   // Never below the three that the right PIN gave back.
   EXPECT_EQ(OnTheCard("tries"), 3);
 }
@@ -240,7 +180,7 @@ TEST_F(CardPinTest, AGivenPinOpensTheCardUnasked) {
   SecretCode code;
   ASSERT_TRUE(code.Set<char>("1234", 4));
   Start(&code);
-  EXPECT_EQ(List().ItemCount(), kEntries);
+  EXPECT_EQ(Listed(), kEntries);
   EXPECT_EQ(asked, 0);
   EXPECT_TRUE(code.Empty());
 }
@@ -252,7 +192,7 @@ TEST_F(CardPinTest, AGivenPinThatIsWrongIsNotTriedAgain) {
   Type(u"4321");
   Type(u"1234");
   Start(&code);
-  EXPECT_EQ(List().ItemCount(), kEntries);
+  EXPECT_EQ(Listed(), kEntries);
   EXPECT_EQ(asked, 2);
 }
 
@@ -268,15 +208,17 @@ TEST_F(CardPinTest, AGivenPinIsNotSentWithTheLastTry) {
 TEST_F(CardPinTest, NoCodeReachesLogsTracesOrTheRegistry) {
   PutIn(1);
   Type(u"97531864");
-  screen.ScriptBox(ui::BoxAnswer::kYes);
+  program->screen.ScriptBox(ui::BoxAnswer::kYes);
   TypePuk(u"12345678", u"86429753");
+  // The numbers of free records, one after the other, would look like the digits of a code.
+  program->wiring.loadLayout = nullptr;
   Start();
-  EXPECT_EQ(List().ItemCount(), kEntries);
+  EXPECT_EQ(Listed(), kEntries);
   std::string seen = Trace();
-  for (const std::u16string& line : log.Lines()) {
+  for (const std::u16string& line : program->log.Lines()) {
     for (const char16_t unit : line) seen += static_cast<char>(unit);
   }
-  for (const std::string& call : journal.Entries()) seen += call + "\n";
+  for (const std::string& call : program->journal.Entries()) seen += call + "\n";
   ASSERT_NE(seen.find("0020000108"), std::string::npos);  // the PIN went by
   // As digits, and as the bytes of a command.
   for (const char* secret : {"97531864", "86429753", "12345678", "3937353331383634",
@@ -286,18 +228,9 @@ TEST_F(CardPinTest, NoCodeReachesLogsTracesOrTheRegistry) {
 }
 
 TEST_F(CardPinTest, ACardWithoutAPinOpensWithoutAQuestion) {
-  PutIn(3);
-  service.reset();
-  card->Channel().SetTrace(nullptr);
-  state.reset();
-  card = std::make_unique<SoftCard>("usim");
-  service = std::make_unique<device::card::SimService>(card->Channel());
-  ports =
-      std::make_unique<Ports>(Ports{*service, *service, devices, registry, kernel, shell, programs,
-                                    telephone, contacts, clock, log, screen, service.get()});
-  state = std::make_unique<AppState>(*ports);
+  PutIn(nullptr);
   Start();
-  EXPECT_EQ(List().ItemCount(), kEntries);
+  EXPECT_EQ(Listed(), kEntries);
   EXPECT_EQ(asked, 0);
 }
 

@@ -27,11 +27,6 @@ class ContactsInTest : public testing::Test {
     contact[ContactProperty::kEmail1Address] = email;
     store.Insert(contact);
   }
-  static std::vector<std::u16string> Texts(const CardProgram& program) {
-    std::vector<std::u16string> texts;
-    for (const test::ShownBox& box : program.screen.Boxes()) texts.push_back(box.text);
-    return texts;
-  }
 
   test::Journal journal;
   test::FailPlan failures;
@@ -43,10 +38,10 @@ TEST_F(ContactsInTest, AContactIsOnTheCardWithItsSecondNumberAndEmail) {
   Add(u"Zo\u00EB", u"+49 (30) 12", u"+4930231251231234567890123", u"zoe@example.org");
   {
     CardProgram program(card.Channel(), store);
-    program.Put(u"CToSim_Type", 2);
+    program.SetSwitch(u"CToSim_Type", 2);
     program.Open();
     program.Copy(kMove);
-    EXPECT_THAT(Texts(program),
+    EXPECT_THAT(program.BoxTexts(),
                 ElementsAre(u"Contact(s) successfully added.\n\n - 1 new item(s).\n - 0 item(s) "
                             u"overwritten.\n - 0 item(s) already exists."));
   }
@@ -63,7 +58,7 @@ TEST_F(ContactsInTest, AnOverwriteReplacesAndClearsTheExtendedFields) {
   Add(u"Ann", u"1", u"22", u"ann@example.org");
   Add(u"Bob", u"3", u"44", u"bob@example.org");
   CardProgram program(card.Channel(), store);
-  program.Put(u"CToSim_Type", 2);
+  program.SetSwitch(u"CToSim_Type", 2);
   program.Open();
   program.Copy(kCopy);
   const std::uint32_t ann = program.Find(u"Ann");
@@ -88,7 +83,7 @@ TEST_F(ContactsInTest, AnOverwriteReplacesAndClearsTheExtendedFields) {
 TEST_F(ContactsInTest, AFieldThatIsSwitchedOffIsNeitherWrittenNorCleared) {
   Add(u"Ann", u"1", u"22", u"ann@example.org");
   CardProgram program(card.Channel(), store);
-  program.Put(u"CToSim_Type", 2);
+  program.SetSwitch(u"CToSim_Type", 2);
   program.Open();
   program.Copy(kCopy);
   const std::uint32_t ann = program.Find(u"Ann");
@@ -104,7 +99,7 @@ TEST_F(ContactsInTest, AFieldThatIsSwitchedOffIsNeitherWrittenNorCleared) {
 TEST_F(ContactsInTest, AnEmailIsCutToTheCardsRecord) {
   Add(u"Ann", u"1", u"", std::u16string(100, u'e'));
   CardProgram program(card.Channel(), store);
-  program.Put(u"CToSim_Type", 2);
+  program.SetSwitch(u"CToSim_Type", 2);
   program.Open();
   const sim::SlotLayout file = program.state.extPhonebook.SlotInUse(0, sim::FieldSlot::kEmail);
   ASSERT_EQ(file.fileClass, sim::kClassType2);  // so that two bytes are the link to the entry
@@ -133,7 +128,7 @@ TEST_F(ContactsInTest, AnEmailFillsTheRecordThatHasNoLinkBehindIt) {
   });
   Add(u"Ann", u"1", u"", std::u16string(100, u'e'));
   CardProgram program(parallel.Channel(), store);
-  program.Put(u"CToSim_Type", 2);
+  program.SetSwitch(u"CToSim_Type", 2);
   program.Open();
   ASSERT_EQ(program.state.extPhonebook.SlotInUse(0, sim::FieldSlot::kEmail).fileClass,
             sim::kClassType1);
@@ -144,15 +139,15 @@ TEST_F(ContactsInTest, AnEmailFillsTheRecordThatHasNoLinkBehindIt) {
 TEST_F(ContactsInTest, WithoutQuestionsNoFieldIsWritten) {
   Add(u"Ann", u"1", u"22", u"ann@example.org");
   CardProgram program(card.Channel(), store);
-  program.Put(u"CToSim_Type", 2);
-  program.Put(u"Disable_Prompt_Contact_Exist", 1);
+  program.SetSwitch(u"CToSim_Type", 2);
+  program.SetSwitch(u"Disable_Prompt_Contact_Exist", 1);
   program.Open();
   program.Copy(kMove);
   EXPECT_THAT(program.Rows(), ElementsAre(u"Ann|1"));
   EXPECT_EQ(program.Number2(program.Find(u"Ann")), u"");
   EXPECT_EQ(program.Email(program.Find(u"Ann")), u"");
   EXPECT_EQ(store.Contacts().size(), 1u);
-  EXPECT_THAT(Texts(program), IsEmpty());
+  EXPECT_THAT(program.BoxTexts(), IsEmpty());
 }
 
 TEST_F(ContactsInTest, ACardWithoutSuchFilesKeepsTheContactOfAMove) {
@@ -160,22 +155,22 @@ TEST_F(ContactsInTest, ACardWithoutSuchFilesKeepsTheContactOfAMove) {
   Add(u"Bob", u"3");
   SoftCard plain("sim-250");
   CardProgram program(plain.Channel(), store);
-  program.Put(u"CToSim_Type", 2);
+  program.SetSwitch(u"CToSim_Type", 2);
   program.Open();
   program.Copy(kMove);
   EXPECT_NE(program.Find(u"Ann"), 0u);
   EXPECT_NE(program.Find(u"Bob"), 0u);
   ASSERT_EQ(store.Contacts().size(), 1u);
   EXPECT_EQ(store.Contacts().begin()->second[ContactProperty::kLastName], u"Ann");
-  ASSERT_EQ(Texts(program).size(), 2u);
-  EXPECT_TRUE(Texts(program)[0].starts_with(u"Of the contacts that were moved, 1 are still"));
+  ASSERT_EQ(program.BoxTexts().size(), 2u);
+  EXPECT_TRUE(program.BoxTexts()[0].starts_with(u"Of the contacts that were moved, 1 are still"));
 }
 
 TEST_F(ContactsInTest, TheWatchersDoNotListACopyTwice) {
   for (int number = 0; number < 20; ++number) {
     Add(u"Name " + std::u16string(1, static_cast<char16_t>(u'A' + number)), u"1");
   }
-  CardProgram program(card.Channel(), store, true);
+  CardProgram program(card.Channel(), store, CardProgram::Threads::kReal);
   program.Open();
   program.Copy(kCopy);
   program.screen.RunPending();
@@ -191,7 +186,7 @@ TEST_F(ContactsInTest, TextsOfAnyKindGoToTheCardAndBack) {
                                              u"\U0001F600", u"\u738B\u5C0F\u660E"};
   for (const std::u16string& name : names) Add(name, u"+49 1");
   CardProgram program(card.Channel(), store);
-  program.Put(u"CToSim_Type", 2);
+  program.SetSwitch(u"CToSim_Type", 2);
   program.Open();
   program.Copy(kMove);
   EXPECT_THAT(store.Contacts(), IsEmpty());
@@ -208,7 +203,7 @@ TEST_F(ContactsInTest, NumbersOfAnyKindGoToTheCardAsTheyCanBeDialled) {
   Add(u"", u"5");
   Add(u"Long", std::u16string(300, u'7'), std::u16string(300, u'8'), std::u16string(300, u'e'));
   CardProgram program(card.Channel(), store);
-  program.Put(u"CToSim_Type", 2);
+  program.SetSwitch(u"CToSim_Type", 2);
   program.Open();
   const std::size_t most = program.state.simPhonebook.MaxNumberLength();
   ASSERT_LT(most, 255u);
@@ -219,7 +214,7 @@ TEST_F(ContactsInTest, NumbersOfAnyKindGoToTheCardAsTheyCanBeDialled) {
   EXPECT_EQ(program.Number2(program.Find(u"Long")), std::u16string(40, u'8'));
   // 42 bytes a record, of which two are the link to the entry.
   EXPECT_EQ(program.Email(program.Find(u"Long")), std::u16string(40, u'e'));
-  EXPECT_THAT(Texts(program),
+  EXPECT_THAT(program.BoxTexts(),
               ElementsAre(u"Contact(s) successfully added.\n\n - 6 new item(s).\n - 0 item(s) "
                           u"overwritten.\n - 0 item(s) already exists."));
 }
@@ -233,10 +228,10 @@ TEST_F(ContactsInTest, ANameThatIsTooLongIsCutForOneNumberAndNamedForTheWholeCon
   // As many characters as the card has bytes for a name, which these take more of.
   program.Copy(kCopy);
   const std::size_t most = program.state.simPhonebook.MaxNameLength();
-  ASSERT_EQ(Texts(program).size(), 3u);
-  EXPECT_TRUE(Texts(program)[0].starts_with(u"1 of 2 contacts are done. \"" +
-                                            std::u16string(most, u'\u03B2') + u"\" does not fit"));
-  EXPECT_EQ(Texts(program)[1], u"Bad parameter.");
+  ASSERT_EQ(program.BoxTexts().size(), 3u);
+  EXPECT_TRUE(program.BoxTexts()[0].starts_with(
+      u"1 of 2 contacts are done. \"" + std::u16string(most, u'\u03B2') + u"\" does not fit"));
+  EXPECT_EQ(program.BoxTexts()[1], u"Bad parameter.");
   EXPECT_THAT(program.Rows(), ElementsAre(u"Ann|1"));
 
   program.state.settings.Enable_CutName = 1;

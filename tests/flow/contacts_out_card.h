@@ -70,7 +70,7 @@ inline std::string ImageWith(const std::vector<WholeEntry>& entries) {
     test::FailPlan failures;
     test::FakeContacts store(journal, failures);
     CardProgram program(card.Channel(), store);
-    program.Put(u"Enable_SNE", 1);
+    program.SetSwitch(u"Enable_SNE", 1);
     program.Open();
     std::uint32_t index = 0;
     for (const WholeEntry& entry : entries) {
@@ -143,12 +143,6 @@ inline void CopyOut(CardProgram& program, int command) {
   }
   program.state.dialog->Command(command);
   program.RunThreads();
-}
-
-inline std::vector<std::u16string> BoxTexts(const CardProgram& program) {
-  std::vector<std::u16string> texts;
-  for (const test::ShownBox& box : program.screen.Boxes()) texts.push_back(box.text);
-  return texts;
 }
 
 }  // namespace kelpin::contacts

@@ -44,7 +44,7 @@ TEST_F(ContactsOutTest, ASavedEntryIsInContactsWithAllItsFieldsAndStillOnTheCard
     CardProgram program(card.Channel(), *store);
     program.Open();
     CopyOut(program, kSaveCommand);
-    EXPECT_THAT(BoxTexts(program), ElementsAre(Summary(u"3", u"0", u"0")));
+    EXPECT_THAT(program.BoxTexts(), ElementsAre(Summary(u"3", u"0", u"0")));
   }
   EXPECT_EQ(ContactsIn(*store), before);
   EXPECT_EQ(ContactsIn(*store), (std::map<std::u16string, WholeEntry>{
@@ -56,10 +56,10 @@ TEST_F(ContactsOutTest, AMovedEntryLeavesNothingForTheNextAtItsPlace) {
   SoftCard card = SoftCard::FromText(ImageWith({kAnn, kZoe, kBob}));
   {
     CardProgram program(card.Channel(), *store);
-    program.Put(u"Enable_SNE", 1);
+    program.SetSwitch(u"Enable_SNE", 1);
     program.Open();
     CopyOut(program, kMoveOutCommand);
-    EXPECT_THAT(BoxTexts(program), ElementsAre(Summary(u"3", u"0", u"0")));
+    EXPECT_THAT(program.BoxTexts(), ElementsAre(Summary(u"3", u"0", u"0")));
     EXPECT_THAT(program.Rows(), IsEmpty());
     EXPECT_EQ(program.state.simPhonebook.DeletedCount(), 0u);
     ASSERT_EQ(program.state.simPhonebook.WriteEntry(1, u"New", u"1"), platform::SimResult::kOk);
@@ -79,9 +79,9 @@ TEST_F(ContactsOutTest, AMovedEntryLeavesNothingForTheNextAtItsPlace) {
 TEST_F(ContactsOutTest, FieldsThatAreSwitchedOffAreNotCopied) {
   SoftCard card = SoftCard::FromText(ImageWith({kAnn}));
   CardProgram program(card.Channel(), *store);
-  program.Put(u"Disable_ANR", 1);
-  program.Put(u"Disable_ANRA", 1);
-  program.Put(u"Disable_EMAIL", 1);
+  program.SetSwitch(u"Disable_ANR", 1);
+  program.SetSwitch(u"Disable_ANRA", 1);
+  program.SetSwitch(u"Disable_EMAIL", 1);
   program.Open();
   CopyOut(program, kSaveCommand);
   EXPECT_EQ(ContactsIn(*store).at(u"Ann"), (WholeEntry{u"Ann", u"+491", u"", u"", u""}));
@@ -100,7 +100,7 @@ TEST_F(ContactsOutTest, EachFieldHasASwitchOfItsOwn) {
     test::FailPlan failures;
     test::FakeContacts contacts(journal, failures);
     CardProgram program(card.Channel(), contacts);
-    program.Put(name, 1);
+    program.SetSwitch(name, 1);
     program.Open();
     CopyOut(program, kSaveCommand);
     EXPECT_EQ(ContactsIn(contacts).at(u"Ann"), left);
@@ -114,9 +114,9 @@ TEST_F(ContactsOutTest, WhatAContactHasNoPlaceForIsNotCarried) {
   test::FailPlan failures;
   test::FakeContacts contacts(journal, failures);
   CardProgram program(card.Channel(), contacts);
-  program.Put(u"Disable_Prompt_Contact_Exist", 1);
-  program.Put(u"Enable_SNE", 1);
-  program.Put(u"Enable_GAS", 1);
+  program.SetSwitch(u"Disable_Prompt_Contact_Exist", 1);
+  program.SetSwitch(u"Enable_SNE", 1);
+  program.SetSwitch(u"Enable_GAS", 1);
   program.Open();
   CopyOut(program, kSaveCommand);
   EXPECT_GT(contacts.Contacts().size(), 100u);
@@ -144,7 +144,7 @@ TEST_F(ContactsOutTest, AnEntryWithATextInAFormThatIsNotReadIsCopiedAndStays) {
     CardProgram program(card.Channel(), *store);
     program.Open();
     CopyOut(program, kMoveOutCommand);
-    EXPECT_THAT(BoxTexts(program),
+    EXPECT_THAT(program.BoxTexts(),
                 ElementsAre(Summary(u"1", u"0", u"0") +
                             u"\n\n1 of them are still on the SIM card as well, because not all "
                             u"they hold could be read or is in Contacts."));
@@ -165,7 +165,8 @@ TEST_F(ContactsOutTest, ASecondCopyFindsEveryEntryAndOverwritesItAfterAYes) {
     prompt.Command(360);
   });
   CopyOut(program, kMoveOutCommand);
-  EXPECT_THAT(BoxTexts(program), ElementsAre(Summary(u"3", u"0", u"0"), Summary(u"0", u"3", u"0")));
+  EXPECT_THAT(program.BoxTexts(),
+              ElementsAre(Summary(u"3", u"0", u"0"), Summary(u"0", u"3", u"0")));
   EXPECT_EQ(ContactsIn(*store).size(), 3u);
   EXPECT_THAT(program.Rows(), IsEmpty());
 }
@@ -183,7 +184,7 @@ TEST_F(ContactsOutTest, TextsOfAnyKindArriveAsTheyAre) {
   CardProgram program(card.Channel(), *store);
   program.Open();
   CopyOut(program, kMoveOutCommand);
-  EXPECT_THAT(BoxTexts(program), ElementsAre(Summary(u"5", u"0", u"0")));
+  EXPECT_THAT(program.BoxTexts(), ElementsAre(Summary(u"5", u"0", u"0")));
   EXPECT_EQ(ContactsIn(*store), before);
   EXPECT_THAT(program.Rows(), IsEmpty());
 }
@@ -191,8 +192,8 @@ TEST_F(ContactsOutTest, TextsOfAnyKindArriveAsTheyAre) {
 // A card that is full of entries, on threads of their own, with the watchers that look on.
 TEST_F(ContactsOutTest, TheWholeSampleCardIsCopiedWhileTheWindowLives) {
   SoftCard card("usim");
-  CardProgram program(card.Channel(), *store, true);
-  program.Put(u"Show_ProgressBar", 1);
+  CardProgram program(card.Channel(), *store, CardProgram::Threads::kReal);
+  program.SetSwitch(u"Show_ProgressBar", 1);
   program.Open();
   const int rows = program.List().ItemCount();
   for (int row = 0; row < rows; ++row) {

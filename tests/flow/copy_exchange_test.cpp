@@ -63,8 +63,8 @@ class CopyInExchange : public CopyExchange {
 TEST_P(CopyInExchange, ContactsThatWereChosenForTheOldCardDoNotGoToTheOther) {
   Add(u"Zora", u"77");
   SoftCard card("usim-empty");
-  CardProgram program(card.Channel(), store, true);
-  program.Put(u"CToSim_Type", 2);
+  CardProgram program(card.Channel(), store, CardProgram::Threads::kReal);
+  program.SetSwitch(u"CToSim_Type", 2);
   program.Open();
   program.screen.ScriptDialog(kPicker, [&](ui::Dialog& picker) {
     ASSERT_TRUE(program.screen.RunUntil([&] { return picker.Bar()->KeyAt(0).enabled; }));
@@ -75,8 +75,8 @@ TEST_P(CopyInExchange, ContactsThatWereChosenForTheOldCardDoNotGoToTheOther) {
     EXPECT_TRUE(program.screen.RunUntil([&] { return picker.Ended(); }));
   });
   program.state.dialog->Command(GetParam());
-  ASSERT_FALSE(BoxTexts(program).empty());
-  EXPECT_EQ(BoxTexts(program)[0], kWrong);
+  ASSERT_FALSE(program.BoxTexts().empty());
+  EXPECT_EQ(program.BoxTexts()[0], kWrong);
   EXPECT_TRUE(OtherCard() == another.Image()["mf"]);
   EXPECT_EQ(store.Contacts().size(), 1u);
 
@@ -108,7 +108,7 @@ TEST_P(CopyOutExchange, ContactsGetNothingOfTheOtherCard) {
     prompt.Command(kPromptYes);
   });
   CopyOut(program, GetParam());
-  EXPECT_THAT(BoxTexts(program), ElementsAre(kStopped));
+  EXPECT_THAT(program.BoxTexts(), ElementsAre(kStopped));
   EXPECT_EQ(ContactsIn(store), (std::map<std::u16string, WholeEntry>{{kAnn.name, kAnn}}));
   EXPECT_TRUE(OtherCard() == another.Image()["mf"]);
   EXPECT_EQ(program.state.simPhonebook.CollectDeletions(), 1u);
@@ -132,7 +132,7 @@ TEST_P(CopyOutExchange, NothingMoreIsCopiedWhenTheProgramIsToEnd) {
   EXPECT_EQ(copied.size(), 2u);
   EXPECT_EQ(copied.at(kAnn.name), kAnn);
   EXPECT_EQ(copied.at(kBob.name).number, u"0");
-  EXPECT_THAT(BoxTexts(program), IsEmpty());
+  EXPECT_THAT(program.BoxTexts(), IsEmpty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Commands, CopyOutExchange, testing::Values(kSaveCommand, kMoveOutCommand));

@@ -1,8 +1,5 @@
-#include "app/delete_entries.h"
-#include "contacts/contacts_commands.h"
-#include "editor/editor_commands.h"
+#include "program.h"
 #include "tests/views/call_fixture.h"
-#include "views/view_commands.h"
 
 // Every command of the main window with what the program runs for it.
 namespace kelpin::views {
@@ -28,16 +25,7 @@ class EveryCommandTest : public CallTest {
          {u"Enable_SDN", u"Enable_AAS", u"Enable_GAS", u"Enable_Move_Func", u"Mobile_Tel_Flag"}) {
       SetSwitch(name, 1);
     }
-    wiring.fillCommands = [fill = wiring.fillCommands](app::AppState& app, app::Commands& commands,
-                                                       app::ListLoader& loader) {
-      fill(app, commands, loader);
-      commands.Register(res::kCommandSelectAll, [&app] { app::SelectAllRows(app); });
-      commands.Register(res::kCommandRefresh, [&loader] { loader.Refresh(); });
-      app::RegisterDelete(app, commands, loader, nullptr);
-      editor::RegisterEditorCommands(app, commands, loader);
-      RegisterViewCommands(app, commands, loader);
-      contacts::RegisterContactsCommands(app, commands, loader);
-    };
+    wiring.fillCommands = ProgramWiring().fillCommands;
   }
   void OpenList() {
     OpenMain();  // threads are real from here on

@@ -5,20 +5,9 @@
 #include <filesystem>
 #include <string>
 
-#include "app/app_state.h"
-#include "device/card/card_devices.h"
-#include "device/card/sim_service.h"
 #include "sim/ril_ext_phonebook.h"
 #include "tests/card/soft_card.h"
-#include "tests/support/fake_clock.h"
-#include "tests/support/fake_contacts.h"
-#include "tests/support/fake_kernel.h"
-#include "tests/support/fake_log.h"
-#include "tests/support/fake_programs.h"
-#include "tests/support/fake_registry.h"
-#include "tests/support/fake_shell.h"
-#include "tests/support/fake_telephone.h"
-#include "tests/support/headless_screen.h"
+#include "tests/flow/program_on_card.h"
 
 // What a deletion clears beside name and number, on the sample card with every kind of file.
 namespace kelpin::app {
@@ -98,22 +87,8 @@ class ExtendedFieldsTest : public testing::Test {
   }
 
   device::card::SoftCard card{"usim"};
-  device::card::SimService service{card.Channel()};
-  device::card::CardDevices devices;
-  test::Journal journal;
-  test::FailPlan failures;
-  test::FakeClock clock{journal};
-  test::HeadlessScreen screen{journal, failures};
-  test::FakeRegistry registry{journal, failures};
-  test::FakeShell shell{journal, failures};
-  test::FakePrograms programs{journal, failures};
-  test::FakeTelephone telephone{journal, failures};
-  test::FakeContacts contacts{journal, failures};
-  test::FakeLog log;
-  test::FakeKernel kernel{journal, failures, &clock};
-  Ports ports{service,  service,   devices,  registry, kernel, shell,
-              programs, telephone, contacts, clock,    log,    screen};
-  AppState state{ports};
+  test::ProgramOnCard program{card.Channel()};
+  AppState& state = program.state;
 };
 
 TEST_F(ExtendedFieldsTest, ClearingAnEntryLeavesNothingForTheNextAtItsPlace) {

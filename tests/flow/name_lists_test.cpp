@@ -4,10 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "editor/editor_commands.h"
-#include "editor/pickers.h"
-#include "tests/card/soft_card.h"
-#include "tests/flow/card_program.h"
+#include "tests/flow/entry_editor_flow.h"
 
 // The card's lists of names on a software card, with threads of their own: edited in the dialogs,
 // looked at in the card's bytes.
@@ -15,9 +12,7 @@ namespace kelpin::editor {
 namespace {
 
 using device::card::ImageRecord;
-using device::card::SoftCard;
 using testing::ElementsAre;
-using Texts = std::vector<std::u16string>;
 
 const std::vector<std::string> kNumberNameFile = {"7F10", "5F3A", "4F81"};
 const std::vector<std::string> kGroupNameFile = {"7F10", "5F3A", "4F82"};
@@ -25,19 +20,9 @@ const std::vector<std::string> kGroupNameFile = {"7F10", "5F3A", "4F82"};
 class NameListsOnCard : public testing::Test {
  protected:
   void Open(const std::string& image) {
-    card = std::make_unique<SoftCard>(image);
-    program = std::make_unique<contacts::CardProgram>(card->Channel(), store);
-    program->Put(u"Enable_AAS", 1);
-    program->Put(u"Enable_GAS", 1);
-    program->wiring.fillCommands = [this](app::AppState& app, app::Commands& commands,
-                                          app::ListLoader& list) {
-      program->loader = &list;
-      RegisterEditorCommands(app, commands, list);
-    };
+    program = std::make_unique<EntryFlow>(image);
     program->Open();
-    program->kernel.SetThreadMode(test::FakeKernel::ThreadMode::kRun);
   }
-  void TearDown() override { program.reset(); }
 
   test::HeadlessScreen& Screen() { return program->screen; }
   bool Await(const std::function<bool()>& done) { return Screen().RunUntil(done); }
@@ -94,17 +79,11 @@ class NameListsOnCard : public testing::Test {
     return {text.begin(), text.end()};
   }
   std::string OnCard(const std::vector<std::string>& file, std::size_t record) const {
-    nlohmann::json image = card->Image();
+    nlohmann::json image = program->card.Image();
     return ImageRecord(image, file, record);
   }
 
-  test::FakeContacts store{journal_, failures_};
-  std::unique_ptr<SoftCard> card;
-  std::unique_ptr<contacts::CardProgram> program;
-
- private:
-  test::Journal journal_;
-  test::FailPlan failures_;
+  std::unique_ptr<EntryFlow> program;
 };
 
 // 42 7E 72 6F: '~' of ASCII is 'ü' in the card's alphabet. A record that begins with 81 is of a
@@ -172,7 +151,7 @@ TEST_F(NameListsOnCard, ACardThatIsTakenOutKeepsTheNameInTheDialog) {
     Screen().ScriptDialog(217, [&](ui::Dialog& shown) {
       shown.SetSelection(2001, 0, -1);
       shown.ReplaceSelection(2001, u"Yacht");
-      card->Channel().Remove();
+      program->card.Channel().Remove();
       shown.PressSoftKey(0);
       EXPECT_FALSE(shown.Ended());
       EXPECT_EQ(shown.Text(2001), u"Yacht");

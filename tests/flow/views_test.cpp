@@ -9,6 +9,7 @@ namespace {
 using device::card::ImageRecord;
 using editor::EntryFlow;
 using editor::Texts;
+using test::RowsOf;
 using testing::ElementsAre;
 
 constexpr char kUsim[] = "A0000000871002FF49FF0589";
@@ -30,17 +31,6 @@ class ViewsOnACard : public testing::Test {
     });
     flow.state.dialog->Command(command);
     EXPECT_TRUE(opened);
-  }
-  static Texts RowsOf(const ui::ListView& list) {
-    Texts rows;
-    for (int row = 0; row < list.ItemCount(); ++row) {
-      std::u16string text = list.ItemText(row, 0);
-      for (int column = 1; column < static_cast<int>(list.Columns().size()); ++column) {
-        text += u"|" + list.ItemText(row, column);
-      }
-      rows.push_back(text);
-    }
-    return rows;
   }
   static void Select(ui::ListView& list, int row) {
     list.SetItemState(-1, 0, ui::kItemSelected);

@@ -11,6 +11,8 @@
 
 namespace kelpin::views {
 
+using test::RowsOf;
+
 constexpr std::uint32_t kSelectedFocused = ui::kItemSelected | ui::kItemFocused;
 
 // The program on fakes with the commands of the views. Open() lists the card; threads are real
@@ -57,18 +59,6 @@ class ViewsTest : public app::AppTest {
 
   bool Await(const std::function<bool()>& done) { return device.screen.RunUntil(done); }
 
-  // "1|Name|Number" of each row.
-  static std::vector<std::u16string> RowsOf(const ui::ListView& list) {
-    std::vector<std::u16string> rows;
-    for (int row = 0; row < list.ItemCount(); ++row) {
-      std::u16string text;
-      for (std::size_t column = 0; column < list.Columns().size(); ++column) {
-        text += (column == 0 ? u"" : u"|") + list.ItemText(row, static_cast<int>(column));
-      }
-      rows.push_back(text);
-    }
-    return rows;
-  }
   static std::vector<int> WidthsOf(const ui::ListView& list) {
     std::vector<int> widths;
     for (const ui::Column& column : list.Columns()) widths.push_back(column.width);

@@ -5,23 +5,20 @@
 
 #include "app/app_state.h"
 #include "app/card_hold.h"
+#include "app/list_message.h"
 #include "app/sim_error.h"
 #include "platform/radio_interface.h"
 #include "res/format.h"
 #include "res/ids.h"
 #include "res/strings.h"
 #include "sim/sim_text.h"
+#include "views/record_list.h"
 
 namespace kelpin::views {
 namespace {
 
 constexpr std::uint32_t kNotificationClass = 0x00400000;
 static_assert(kNotificationClass == platform::kRilClassMiscellaneous);
-constexpr std::uint32_t kSelectedFocused = ui::kItemSelected | ui::kItemFocused;
-
-ui::ListMessage Message(int text, int hint) {
-  return {std::u16string(res::LoadString(text)), std::u16string(res::LoadString(hint)), 0, 0};
-}
 
 }  // namespace
 
@@ -103,7 +100,7 @@ void OwnNumberReader::Fill(ui::ListView& list, std::uint32_t turn) {
   if (!Wanted(turn)) {
     return;
   }
-  list.SetMessage(Message(res::kTextReadingCard, 0));
+  list.SetMessage(app::MakeListMessage(res::kTextReadingCard));
   bool cardFailed = false;
   if (!client_.GetFileInfo(kOwnNumberFile)) {
     cardFailed = TellStatus();
@@ -119,15 +116,7 @@ void OwnNumberReader::Fill(ui::ListView& list, std::uint32_t turn) {
   if (!Wanted(turn)) {
     return;
   }
-  if (list.ItemCount() > 0) {
-    list.SetItemState(0, kSelectedFocused, kSelectedFocused);
-    list.EnsureVisible(0);
-  } else if (cardFailed) {
-    // Refresh follows the selection, of which a list without rows has none.
-    list.SetMessage(Message(res::kTextCardNotRead, res::kTextReopenListHint));
-  } else {
-    list.SetMessage(Message(res::kTextNoOwnNumbers, 0));
-  }
+  ShowRecordsRead(list, cardFailed, res::kTextNoOwnNumbers);
 }
 
 bool OwnNumberReader::ReadRecord(ui::ListView& list, std::uint32_t record, std::uint32_t turn) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "app/own_number_header.h"
 #include "app/readiness.h"
 #include "app/sim_error.h"
+#include "res/format.h"
 #include "res/ids.h"
 #include "res/menus.h"
 #include "res/strings.h"
@@ -26,6 +28,22 @@ constexpr int kListHeight = 90;
 constexpr int kHighResListHeight = 180;
 constexpr int kSmartphoneListHeight = 124;
 constexpr std::uint8_t kErased = 0xFF;
+
+// The question before a row is erased, with the row: after the list was read again the first one is
+// selected, which need not be the one that the user thinks of.
+std::u16string EraseQuestion(const ui::ListView& list, int row) {
+  std::u16string question(res::LoadString(res::kStringDeleteFromSimQuestion));
+  question += res::Format(u"\n\n#%s", {list.ItemText(row, kOwnNumberColumnRecord)});
+  std::u16string_view link = u": ";
+  for (const int column : {kOwnNumberColumnName, kOwnNumberColumnPhone}) {
+    if (const std::u16string text = list.ItemText(row, column); !text.empty()) {
+      question += link;
+      question += text;
+      link = u", ";
+    }
+  }
+  return question;
+}
 
 }  // namespace
 
@@ -190,7 +208,7 @@ void OwnNumbersDialog::Erase(ui::Dialog& dialog) {
     return;
   }
   const ui::BoxAnswer answer = state_.ports.screen.MessageBox(
-      dialog.Handle(), res::LoadString(res::kStringDeleteFromSimQuestion),
+      dialog.Handle(), EraseQuestion(*dialog.List(res::kOwnNumbersList), row),
       res::LoadString(res::kStringWarning), ui::kBoxQuestion);
   if (answer != ui::BoxAnswer::kYes) {
     return;

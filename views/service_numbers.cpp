@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/app_state.h"
+#include "app/list_message.h"
 #include "app/readiness.h"
 #include "app/sim_error.h"
 #include "platform/radio_interface.h"
@@ -19,6 +20,7 @@
 #include "sim/sim_text.h"
 #include "ui/keys.h"
 #include "views/make_call.h"
+#include "views/record_list.h"
 #include "views/view_dialog.h"
 
 namespace kelpin::views {
@@ -38,14 +40,9 @@ constexpr int kHighResUnit = 72;
 
 constexpr std::uint32_t kOpeningStyle = ui::kListNoHorizontalScroll | ui::kListFullRowSelect;
 static_assert(kOpeningStyle == 0x10000020);
-constexpr std::uint32_t kSelectedFocused = ui::kItemSelected | ui::kItemFocused;
 
 int Unit(const app::AppState& state) {
   return state.isSmartphone == 0 && state.isHighRes != 0 ? kHighResUnit : kUnit;
-}
-
-ui::ListMessage Message(int text, int hint = 0) {
-  return {std::u16string(res::LoadString(text)), std::u16string(res::LoadString(hint)), 0, 0};
 }
 
 }  // namespace
@@ -84,7 +81,7 @@ void ServiceNumbersDialog::Reader::Run() {
 }
 
 void ServiceNumbersDialog::Reader::Fill(ui::ListView& list) {
-  list.SetMessage(Message(res::kTextReadingCard));
+  list.SetMessage(app::MakeListMessage(res::kTextReadingCard));
   const bool cardFailed = !ReadRecords(list);
   if (closed) {
     return;
@@ -92,14 +89,7 @@ void ServiceNumbersDialog::Reader::Fill(ui::ListView& list) {
   // Wide enough for a number with its extension, which is then scrolled to.
   list.SetColumnWidth(kColumnPhone, dialog->ClientSize().width / 2 + 4 * unit);
   list.SetExtendedStyle(ui::kListFullRowSelect);
-  if (list.ItemCount() > 0) {
-    list.SetItemState(0, kSelectedFocused, kSelectedFocused);
-    list.EnsureVisible(0);
-  } else if (cardFailed) {
-    list.SetMessage(Message(res::kTextCardNotRead, res::kTextReopenListHint));
-  } else {
-    list.SetMessage(Message(res::kTextNoServiceNumbers));
-  }
+  ShowRecordsRead(list, cardFailed, res::kTextNoServiceNumbers);
 }
 
 bool ServiceNumbersDialog::Reader::ReadRecords(ui::ListView& list) {

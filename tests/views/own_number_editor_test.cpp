@@ -1,10 +1,6 @@
 #include "views/own_number_editor.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "res/ids.h"
-#include "tests/views/views_fixture.h"
+#include "tests/views/own_numbers_fixture.h"
 
 namespace kelpin::views {
 namespace {
@@ -12,41 +8,19 @@ namespace {
 using platform::SimResult;
 using testing::ElementsAre;
 
-constexpr int kCommand = 323;
-constexpr int kList = 208;
-constexpr int kEditor = 210;
-constexpr std::uint32_t kFile = 0x6F40;
-
-const std::vector<std::uint8_t> kSecond = {0x04, 0x81, 0x10, 0x32, 0xF4};  // 01234
-
-// Records of 28 bytes: names of 14 bytes.
-class OwnNumberEditorTest : public ViewsTest {
+class OwnNumberEditorTest : public OwnNumbersTest {
  protected:
-  void SetUp() override { SetRecords(kFile, {Record("Home", {}), Record("Work", kSecond)}); }
+  void SetUp() override { SetRecords(kFile, {Record("Home", {}), Record("Work", kNumber01234)}); }
 
   // Opens the editor of row 1 and runs `script` in it; the list's rows afterwards.
   std::vector<std::u16string> Edit(const std::function<void(ui::Dialog&)>& script) {
     std::vector<std::u16string> rows;
-    Show(kCommand, kList, [&](ui::Dialog& dialog) {
-      ui::ListView& list = *dialog.List(res::kOwnNumbersList);
-      ASSERT_TRUE(Await([&] { return list.ItemCount() == 2 && !device.screen.WaitCursor(); }));
+    ShowList(2, [&](ui::Dialog& dialog, ui::ListView& list) {
       SelectRow(list, 1);
-      device.screen.ScriptDialog(kEditor, [&](ui::Dialog& editor) {
-        script(editor);
-        device.screen.RunPending();
-        if (!editor.Ended()) editor.Close();
-      });
-      dialog.Command(332);
+      InEditor(dialog, script);
       rows = RowsOf(list);
     });
     return rows;
-  }
-  static void Type(ui::Dialog& editor, std::u16string_view name, std::u16string_view number) {
-    editor.EditByUser(1023, name, static_cast<int>(name.size()));
-    editor.EditByUser(1026, number, static_cast<int>(number.size()));
-  }
-  std::vector<std::uint8_t> CardRecord(std::size_t record) {
-    return device.radio.GetFile(kFile)->records.at(record - 1);
   }
   // Every update of the card fails; its status is this from then on.
   void FailUpdates(SimResult status) {
@@ -66,7 +40,7 @@ TEST_F(OwnNumberEditorTest, ItOpensWithTheRowsTextsLimitsAndModes) {
   Edit([&](ui::Dialog& editor) {
     EXPECT_EQ(editor.Title(), u"Kelpin");
     EXPECT_TRUE(editor.HasDoneButton());
-    EXPECT_EQ(editor.Owner(), device.screen.Find(kList)->Handle());
+    EXPECT_EQ(editor.Owner(), device.screen.Find(kDialog)->Handle());
     EXPECT_EQ(editor.Bar()->Resource(), 306);
     EXPECT_EQ(editor.Bar()->KeyAt(0).command, 340);
     EXPECT_EQ(editor.Bar()->KeyAt(0).text, u"Save");
@@ -94,7 +68,7 @@ TEST_F(OwnNumberEditorTest, AnInputPanelOfItsOwnWillIsLeftAlone) {
 }
 
 TEST_F(OwnNumberEditorTest, ANameFromTheSettingsIsCutToTheRecord) {
-  SetRecords(kFile, {Record("", {}), Record("", kSecond)});
+  SetRecords(kFile, {Record("", {}), Record("", kNumber01234)});
   device.registry.PutString(platform::RegistryRoot::kLocalMachine, kProgramKey, u"OwnNo_Record2",
                             u"abcdefghijklmnopqrst");
   OpenMain();
@@ -117,8 +91,7 @@ TEST_F(OwnNumberEditorTest, SaveWritesTheRecordAndTheRow) {
   OpenMain();
   const std::size_t told = Calls("DeviceControl");
   const auto rows = Edit([&](ui::Dialog& editor) {
-    Type(editor, u"Zoë", u"+4917");
-    editor.Command(340);
+    Save(editor, u"Zoë", u"+4917");
     EXPECT_TRUE(editor.Ended());
     EXPECT_EQ(editor.Result(), 16);
     EXPECT_EQ(editor.Bar(), nullptr);
@@ -155,18 +128,14 @@ TEST_F(OwnNumberEditorTest, AnEmptyNumberIsRefused) {
     EXPECT_FALSE(editor.Ended());
     EXPECT_EQ(editor.Focus(), 1026);
   });
-  ASSERT_EQ(Boxes().size(), 1u);
-  EXPECT_EQ(Boxes()[0].text, u"Phone number cannot be left empty.");
-  EXPECT_EQ(Boxes()[0].caption, u"Error");
-  EXPECT_EQ(Boxes()[0].style, ui::kBoxError);
+  ExpectErrorBox(u"Phone number cannot be left empty.");
   EXPECT_EQ(rows[1], u"2|Work|01234");
 }
 
 TEST_F(OwnNumberEditorTest, AnAsciiNameMayFillTheRecordAnotherMayNot) {
   OpenMain();
   const auto ascii = Edit([&](ui::Dialog& editor) {
-    Type(editor, u"abcdefghijklmn", u"1");
-    editor.Command(340);
+    Save(editor, u"abcdefghijklmn", u"1");
     EXPECT_TRUE(editor.Ended());
   });
   EXPECT_EQ(ascii[1], u"2|abcdefghijklmn|1");
@@ -177,13 +146,9 @@ TEST_F(OwnNumberEditorTest, AnAsciiNameMayFillTheRecordAnotherMayNot) {
     EXPECT_FALSE(editor.Ended());
     EXPECT_EQ(editor.Focus(), 1023);
   });
-  ASSERT_EQ(Boxes().size(), 1u);
-  EXPECT_EQ(Boxes()[0].text, u"Maximum length for names has been exceeded.");
-  EXPECT_EQ(Boxes()[0].caption, u"Error");
-  EXPECT_EQ(Boxes()[0].style, ui::kBoxError);
+  ExpectErrorBox(u"Maximum length for names has been exceeded.");
   const auto cyrillic = Edit([&](ui::Dialog& editor) {
-    Type(editor, u"абвгде", u"1");
-    editor.Command(340);
+    Save(editor, u"абвгде", u"1");
     EXPECT_TRUE(editor.Ended());
   });
   EXPECT_EQ(cyrillic[1], u"2|абвгде|1");
@@ -191,10 +156,7 @@ TEST_F(OwnNumberEditorTest, AnAsciiNameMayFillTheRecordAnotherMayNot) {
 
 TEST_F(OwnNumberEditorTest, AnEmptyNameIsSaved) {
   OpenMain();
-  const auto rows = Edit([&](ui::Dialog& editor) {
-    Type(editor, u"", u"77");
-    editor.Command(340);
-  });
+  const auto rows = Edit([&](ui::Dialog& editor) { Save(editor, u"", u"77"); });
   EXPECT_EQ(rows[1], u"2||77");
 }
 
@@ -210,15 +172,14 @@ TEST_F(OwnNumberEditorTest, ANameThatCannotBeEncodedStaysWithoutAWord) {
     EXPECT_FALSE(device.screen.WaitCursor());
   });
   EXPECT_TRUE(Boxes().empty());
-  EXPECT_EQ(CardRecord(2), Record("Work", kSecond));
+  EXPECT_EQ(CardRecord(2), Record("Work", kNumber01234));
 }
 
 TEST_F(OwnNumberEditorTest, AFailedUpdateStaysOpenWhenTheCardFails) {
   OpenMain();
   FailUpdates(SimResult::kSimBusy);
   const auto rows = Edit([&](ui::Dialog& editor) {
-    Type(editor, u"New", u"77");
-    editor.Command(340);
+    Save(editor, u"New", u"77");
     EXPECT_FALSE(editor.Ended());
     EXPECT_EQ(editor.Text(1023), u"New");
     EXPECT_FALSE(device.screen.WaitCursor());
@@ -231,8 +192,7 @@ TEST_F(OwnNumberEditorTest, AFailedUpdateOnACardThatIsReadyGoesOnAsWritten) {
   OpenMain();
   FailUpdates(SimResult::kOk);
   const auto rows = Edit([&](ui::Dialog& editor) {
-    Type(editor, u"New", u"77");
-    editor.Command(340);
+    Save(editor, u"New", u"77");
     EXPECT_TRUE(editor.Ended());
     EXPECT_TRUE(Boxes().empty());
   });
@@ -249,7 +209,7 @@ TEST_F(OwnNumberEditorTest, CancelWritesNothing) {
     });
     EXPECT_EQ(rows[1], u"2|Work|01234");
   }
-  EXPECT_EQ(CardRecord(2), Record("Work", kSecond));
+  EXPECT_EQ(CardRecord(2), Record("Work", kNumber01234));
 }
 
 TEST_F(OwnNumberEditorTest, TheBackKeyGoesToTheShellAndHelpToTheViewer) {

@@ -1,10 +1,6 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <atomic>
 
-#include "res/ids.h"
-#include "tests/views/views_fixture.h"
+#include "tests/views/own_numbers_fixture.h"
 #include "views/own_number_reader.h"
 
 // Own numbers on a card that does not confirm what it was told, and names that the settings have.
@@ -14,10 +10,6 @@ namespace {
 using platform::SimResult;
 using testing::ElementsAre;
 
-constexpr int kCommand = 323;
-constexpr int kDialog = 208;
-constexpr int kEditor = 210;
-constexpr std::uint32_t kFile = 0x6F40;
 constexpr char16_t kNotTaken[] =
     u"The card did not take the change; the list shows what it holds.\n\nTry again. A card that "
     u"refuses every time does not allow its own numbers to be changed.";
@@ -25,20 +17,12 @@ constexpr char16_t kNotConfirmed[] =
     u"The card did not confirm the change, and what it holds could not be read.\n\nPress Refresh "
     u"and compare.";
 
-class OwnNumbersCardTest : public ViewsTest {
+class OwnNumbersCardTest : public OwnNumbersTest {
  protected:
   enum class Update { kRefused, kDoneWithoutAWord, kSilentFromThenOn };
 
   void SetUp() override { SetRecords(kFile, {Record("Home", kHome), Record("Work", kWork)}); }
 
-  void ShowList(const std::function<void(ui::Dialog&, ui::ListView&)>& script) {
-    Show(kCommand, kDialog, [=, this](ui::Dialog& dialog) {
-      ui::ListView& list = *dialog.List(res::kOwnNumbersList);
-      ASSERT_TRUE(Await([&] { return list.ItemCount() == 2 && !device.screen.WaitCursor(); }));
-      device.screen.RunPending();
-      script(dialog, list);
-    });
-  }
   // What becomes of the first update; the card's status is this from then on.
   void NextUpdate(Update update, SimResult status) {
     device.radio.SetResponder([=, this](const test::FakeRadio::Command& command) {
@@ -58,16 +42,12 @@ class OwnNumbersCardTest : public ViewsTest {
     });
   }
   // Saves "New", 77 in the first row; whether the editor closed by itself.
-  bool Save(ui::Dialog& dialog) {
+  bool SaveNew(ui::Dialog& dialog) {
     bool closed = false;
-    device.screen.ScriptDialog(kEditor, [&](ui::Dialog& editor) {
-      editor.EditByUser(1023, u"New", 3);
-      editor.EditByUser(1026, u"77", 2);
-      editor.Command(340);
+    InEditor(dialog, [&](ui::Dialog& editor) {
+      Save(editor, u"New", u"77");
       closed = editor.Ended();
-      if (!closed) editor.Command(341);
     });
-    dialog.Command(332);
     return closed;
   }
 
@@ -81,9 +61,9 @@ class OwnNumbersCardTest : public ViewsTest {
 
 TEST_F(OwnNumbersCardTest, AChangeThatAReadyCardRefusedIsTakenBackFromTheListAndTold) {
   OpenMain();
-  ShowList([&](ui::Dialog& dialog, ui::ListView& list) {
+  ShowList(2, [&](ui::Dialog& dialog, ui::ListView& list) {
     NextUpdate(Update::kRefused, SimResult::kOk);
-    EXPECT_TRUE(Save(dialog));
+    EXPECT_TRUE(SaveNew(dialog));
     EXPECT_EQ(list.ItemText(0, 1), u"New");  // as if written, until the card is asked
     EXPECT_TRUE(Boxes().empty());
     device.screen.RunPending();
@@ -98,7 +78,7 @@ TEST_F(OwnNumbersCardTest, AChangeThatAReadyCardRefusedIsTakenBackFromTheListAnd
 
 TEST_F(OwnNumbersCardTest, AnErasureThatAReadyCardRefusedIsTakenBackToo) {
   OpenMain();
-  ShowList([&](ui::Dialog& dialog, ui::ListView& list) {
+  ShowList(2, [&](ui::Dialog& dialog, ui::ListView& list) {
     NextUpdate(Update::kRefused, SimResult::kOk);
     device.screen.ScriptBox(ui::BoxAnswer::kYes);
     dialog.Command(334);
@@ -112,9 +92,9 @@ TEST_F(OwnNumbersCardTest, AnErasureThatAReadyCardRefusedIsTakenBackToo) {
 
 TEST_F(OwnNumbersCardTest, AChangeThatArrivedIsShownWithoutAWordThoughItsAnswerWasLost) {
   OpenMain();
-  ShowList([&](ui::Dialog& dialog, ui::ListView& list) {
+  ShowList(2, [&](ui::Dialog& dialog, ui::ListView& list) {
     NextUpdate(Update::kDoneWithoutAWord, SimResult::kOk);
-    EXPECT_TRUE(Save(dialog));
+    EXPECT_TRUE(SaveNew(dialog));
     device.screen.RunPending();
     EXPECT_THAT(RowsOf(list), ElementsAre(u"1|New|77", u"2|Work|22"));
   });
@@ -123,9 +103,9 @@ TEST_F(OwnNumbersCardTest, AChangeThatArrivedIsShownWithoutAWordThoughItsAnswerW
 
 TEST_F(OwnNumbersCardTest, AfterAnErrorThatWasShownTheListShowsWhatTheCardHolds) {
   OpenMain();
-  ShowList([&](ui::Dialog& dialog, ui::ListView& list) {
+  ShowList(2, [&](ui::Dialog& dialog, ui::ListView& list) {
     NextUpdate(Update::kDoneWithoutAWord, SimResult::kSimBusy);
-    EXPECT_FALSE(Save(dialog));
+    EXPECT_FALSE(SaveNew(dialog));
     device.screen.RunPending();
     EXPECT_THAT(RowsOf(list), ElementsAre(u"1|New|77", u"2|Work|22"));
     EXPECT_THAT(BoxTexts(), ElementsAre(u"SIM is busy."));  // told once
@@ -134,9 +114,9 @@ TEST_F(OwnNumbersCardTest, AfterAnErrorThatWasShownTheListShowsWhatTheCardHolds)
 
 TEST_F(OwnNumbersCardTest, AChangeThatCannotBeReadBackIsToldAsUnconfirmed) {
   OpenMain();
-  ShowList([&](ui::Dialog& dialog, ui::ListView&) {
+  ShowList(2, [&](ui::Dialog& dialog, ui::ListView&) {
     NextUpdate(Update::kSilentFromThenOn, SimResult::kOk);
-    EXPECT_TRUE(Save(dialog));
+    EXPECT_TRUE(SaveNew(dialog));
     device.screen.RunPending();
     EXPECT_THAT(BoxTexts(), ElementsAre(kNotConfirmed));
     EXPECT_FALSE(device.screen.WaitCursor());
@@ -147,7 +127,7 @@ TEST_F(OwnNumbersCardTest, AnErasedRecordTakesTheSettingsNameOnceItIsReadAgain) 
   device.registry.PutString(platform::RegistryRoot::kLocalMachine, kProgramKey, u"OwnNo_Record1",
                             u"Mine");
   OpenMain();
-  ShowList([&](ui::Dialog& dialog, ui::ListView& list) {
+  ShowList(2, [&](ui::Dialog& dialog, ui::ListView& list) {
     device.screen.ScriptBox(ui::BoxAnswer::kYes);
     dialog.Command(334);
     device.screen.RunPending();
@@ -166,7 +146,7 @@ TEST_F(OwnNumbersCardTest, ANameFromTheSettingsIsKnownAsSuch) {
     device.registry.PutString(platform::RegistryRoot::kLocalMachine, kProgramKey, name, u"Set");
   }
   OpenMain();
-  ShowList([&](ui::Dialog& dialog, ui::ListView& list) {
+  ShowList(2, [&](ui::Dialog& dialog, ui::ListView& list) {
     const auto reader = std::make_shared<OwnNumberReader>(*state);
     reader->Open(dialog.shared_from_this());
     EXPECT_FALSE(reader->NameFromSettings(1));
@@ -183,7 +163,7 @@ TEST_F(OwnNumbersCardTest, AListThatIsOnlyLookedAtClosesWithOkOnASmartphoneToo) 
   SetSwitch(u"ReadOnly_OwnNumber", 1);
   OpenSmartphoneMain();
   for (const int command : {1, 2, 339}) {
-    ShowList([&](ui::Dialog& dialog, ui::ListView&) {
+    ShowList(2, [&](ui::Dialog& dialog, ui::ListView&) {
       dialog.Command(command);
       EXPECT_TRUE(dialog.Ended()) << command;
       EXPECT_EQ(dialog.Result(), 16);

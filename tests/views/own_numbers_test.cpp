@@ -1,59 +1,12 @@
 #include "views/own_numbers.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "res/ids.h"
-#include "tests/views/views_fixture.h"
+#include "tests/views/own_numbers_fixture.h"
 
 namespace kelpin::views {
 namespace {
 
 using platform::SimResult;
 using testing::ElementsAre;
-
-constexpr int kCommand = 323;
-constexpr int kDialog = 208;
-constexpr int kEditor = 210;
-constexpr std::uint32_t kFile = 0x6F40;
-constexpr std::u16string_view kEvent = u"OEM_MY_RIL_MSISDNS_EVENT_OEM";
-
-// Number parts by hand: length, TON/NPI, digits with the low nibble first.
-const std::vector<std::uint8_t> kFirst = {0x07, 0x91, 0x94, 0x71, 0x21, 0x43, 0x65, 0x87};
-const std::vector<std::uint8_t> kSecond = {0x04, 0x81, 0x10, 0x32, 0xF4};
-
-class OwnNumbersTest : public ViewsTest {
- protected:
-  void SetUp() override {
-    SetRecords(kFile, {Record("Home", kFirst), Record("", kSecond), Record("", {})});
-  }
-
-  // Opens the list and runs `script` when it was filled with `rows` rows.
-  void ShowList(int rows, const std::function<void(ui::Dialog&, ui::ListView&)>& script) {
-    Show(kCommand, kDialog, [=, this](ui::Dialog& dialog) {
-      ui::ListView& list = *dialog.List(res::kOwnNumbersList);
-      ASSERT_TRUE(Await([&] { return list.ItemCount() == rows && !device.screen.WaitCursor(); }));
-      device.screen.RunPending();
-      script(dialog, list);
-    });
-  }
-  bool EraseEnabled(ui::Dialog& dialog) { return dialog.Bar()->SubMenu(333)->IsEnabled(334); }
-  std::vector<std::uint8_t> CardRecord(std::size_t record) {
-    return device.radio.GetFile(kFile)->records.at(record - 1);
-  }
-  // One edit of the row: types a name and a number and saves.
-  void Save(ui::Dialog& list, std::u16string_view name, std::u16string_view number,
-            const std::function<void(ui::Dialog&)>& look) {
-    device.screen.ScriptDialog(kEditor, [=](ui::Dialog& editor) {
-      editor.EditByUser(1023, name, static_cast<int>(name.size()));
-      editor.EditByUser(1026, number, static_cast<int>(number.size()));
-      editor.Command(340);
-      look(editor);
-      if (!editor.Ended()) editor.Close();
-    });
-    list.Command(332);
-  }
-};
 
 TEST_F(OwnNumbersTest, ItListsTheRecordsOfTheCard) {
   OpenMain();
@@ -242,7 +195,7 @@ TEST_F(OwnNumbersTest, ARecordWithoutANameTakesTheSettingsOne) {
 TEST_F(OwnNumbersTest, RefreshReadsTheCardAgain) {
   OpenMain();
   ShowList(3, [&](ui::Dialog& dialog, ui::ListView& list) {
-    SetRecords(kFile, {Record("New", kSecond)});
+    SetRecords(kFile, {Record("New", kNumber01234)});
     dialog.Command(335);
     ASSERT_TRUE(Await([&] { return list.ItemCount() == 1; }));
     EXPECT_THAT(RowsOf(list), ElementsAre(u"1|New|01234"));
@@ -280,14 +233,14 @@ TEST_F(OwnNumbersTest, AfterARefreshThatMetAnErrorNoMoreIsMadeUntilTheListOpensA
     dialog.Command(335);
     EXPECT_THAT(BoxTexts(), ElementsAre(u"SIM is busy."));
     device.sim.SetResult("SimGetPhonebookStatus", SimResult::kOk);
-    SetRecords(kFile, {Record("New", kSecond)});
+    SetRecords(kFile, {Record("New", kNumber01234)});
     const std::size_t asked = Calls("SimGetPhonebookStatus");
     dialog.Command(335);
     EXPECT_EQ(Calls("SimGetPhonebookStatus"), asked);
     EXPECT_EQ(list.ItemCount(), 3);
   });
   ShowList(1, [&](ui::Dialog& dialog, ui::ListView& list) {
-    SetRecords(kFile, {Record("Newer", kSecond)});
+    SetRecords(kFile, {Record("Newer", kNumber01234)});
     dialog.Command(335);
     EXPECT_TRUE(Await([&] { return list.ItemText(0, 1) == u"Newer"; }));
   });
@@ -312,7 +265,7 @@ TEST_F(OwnNumbersTest, TheEventHasTheOpenListReadAgain) {
   OpenMain();
   ShowList(3, [&](ui::Dialog&, ui::ListView& list) {
     device.kernel.AwaitWaiters(kEvent, 1);
-    SetRecords(kFile, {Record("Pulse", kSecond)});
+    SetRecords(kFile, {Record("Pulse", kNumber01234)});
     auto event = device.kernel.CreateEvent(kEvent);
     event->EventModify(platform::EventAction::kPulse);
     EXPECT_TRUE(Await([&] { return list.ItemText(0, 1) == u"Pulse"; }));
@@ -334,170 +287,6 @@ TEST_F(OwnNumbersTest, OneWatcherServesEveryOpeningAndPassesTheWordOnBetween) {
   other->EventModify(platform::EventAction::kPulse);
   late.join();
   EXPECT_EQ(result, platform::WaitResult::kSignaled);
-}
-
-TEST_F(OwnNumbersTest, ALongPressOffersEditEraseAndRefresh) {
-  OpenMain();
-  ShowList(3, [&](ui::Dialog& dialog, ui::ListView& list) {
-    list.LongPress(1, {30, 40});
-    device.screen.RunPending();
-    ASSERT_EQ(device.screen.Popups().size(), 1u);
-    const test::ShownPopup popup = device.screen.Popups()[0];
-    EXPECT_EQ(popup.point, (ui::Point{30, 40}));
-    ASSERT_EQ(popup.items.size(), 3u);
-    EXPECT_EQ(popup.items[0].text, u"Edit");
-    EXPECT_EQ(popup.items[0].command, 332);
-    EXPECT_EQ(popup.items[1].text, u"Erase");
-    EXPECT_EQ(popup.items[1].command, 334);
-    EXPECT_EQ(popup.items[2].text, u"Refresh");
-    EXPECT_EQ(popup.items[2].command, 335);
-    device.screen.ScriptBox(ui::BoxAnswer::kYes);
-    EXPECT_TRUE(device.screen.ChoosePopup(334));
-    EXPECT_EQ(list.ItemText(1, 2), u"");
-    static_cast<void>(dialog);
-  });
-}
-
-TEST_F(OwnNumbersTest, EraseOverwritesTheFirstSelectedRecordAndKeepsItsRow) {
-  OpenMain();
-  ShowList(3, [&](ui::Dialog& dialog, ui::ListView& list) {
-    list.SetItemState(1, ui::kItemSelected, ui::kItemSelected);
-    ASSERT_EQ(list.SelectedCount(), 2);
-    device.screen.ScriptBox(ui::BoxAnswer::kYes);
-    dialog.Command(334);
-    EXPECT_THAT(RowsOf(list), ElementsAre(u"1||", u"2||01234", u"3||"));
-  });
-  ASSERT_EQ(Boxes().size(), 1u);
-  EXPECT_EQ(Boxes()[0].text,
-            u"The selected items will be permanently deleted from the SIM card.\nContinue?");
-  EXPECT_EQ(Boxes()[0].caption, u"Warning");
-  EXPECT_EQ(Boxes()[0].style, ui::kBoxQuestion);
-  EXPECT_EQ(CardRecord(1), std::vector<std::uint8_t>(28, 0xFF));
-  EXPECT_EQ(CardRecord(2), Record("", kSecond));
-  EXPECT_EQ(Header(), u"My No. 01234");  // the first number there is now
-}
-
-TEST_F(OwnNumbersTest, NothingIsErasedWithoutAYes) {
-  OpenMain();
-  ShowList(3, [&](ui::Dialog& dialog, ui::ListView&) {
-    device.screen.ScriptDismissBox();
-    dialog.Command(334);
-  });
-  EXPECT_EQ(CardRecord(1), Record("Home", kFirst));
-}
-
-TEST_F(OwnNumbersTest, AFailedEraseIsShownWhenTheCardFails) {
-  OpenMain();
-  ShowList(3, [&](ui::Dialog& dialog, ui::ListView& list) {
-    device.radio.SetResponder([&](const test::FakeRadio::Command& command) {
-      std::optional<test::FakeRadio::Answer> answer;
-      if (command.simCommand == platform::kRilSimUpdateRecord) {
-        device.sim.SetResult("SimGetPhonebookStatus", SimResult::kSimBusy);
-        answer.emplace().code = platform::kRilResultError;
-      }
-      return answer;
-    });
-    device.screen.ScriptBox(ui::BoxAnswer::kYes);
-    dialog.Command(334);
-    ASSERT_EQ(Boxes().size(), 2u);
-    EXPECT_EQ(Boxes()[1].text, u"SIM is busy.");
-    EXPECT_EQ(list.ItemText(0, 1), u"Home");
-    EXPECT_FALSE(device.screen.WaitCursor());
-  });
-}
-
-TEST_F(OwnNumbersTest, AFailedEraseOnACardThatIsReadyGoesOnAsIfItHadWorked) {
-  OpenMain();
-  ShowList(3, [&](ui::Dialog& dialog, ui::ListView& list) {
-    FailCommand(platform::kRilSimUpdateRecord, kFile);
-    device.screen.ScriptBox(ui::BoxAnswer::kYes);
-    dialog.Command(334);
-    EXPECT_EQ(Boxes().size(), 1u);
-    EXPECT_EQ(list.ItemText(0, 1), u"");
-  });
-}
-
-TEST_F(OwnNumbersTest, EditAndEraseNeedARowAndACardThatAnswers) {
-  OpenMain();
-  ShowList(3, [&](ui::Dialog& dialog, ui::ListView& list) {
-    list.SetItemState(-1, 0, ui::kItemSelected);
-    dialog.PostCommand(332);
-    dialog.PostCommand(334);
-    device.screen.RunPending();
-    EXPECT_TRUE(Boxes().empty());
-    SelectRow(list, 0);
-    device.sim.SetResult("SimGetPhonebookStatus", SimResult::kSimBusy);
-    dialog.Command(332);
-    dialog.Command(334);
-    EXPECT_THAT(BoxTexts(), ElementsAre(u"SIM is busy.", u"SIM is busy."));
-    EXPECT_EQ(device.screen.OpenDialogs(), 2u);
-  });
-}
-
-TEST_F(OwnNumbersTest, AClickAndAnActivationEdit) {
-  OpenMain();
-  ShowList(3, [&](ui::Dialog&, ui::ListView& list) {
-    int opened = 0;
-    device.screen.ScriptEveryDialog(kEditor, [&](ui::Dialog& editor) {
-      ++opened;
-      EXPECT_EQ(editor.Text(1026), u"01234");
-      editor.Close();
-    });
-    list.Click(1, 1, ui::kNoModifier);
-    EXPECT_EQ(opened, 1);
-    list.KeyDown({ui::Key::kEnter, ui::kNoModifier});
-    EXPECT_EQ(opened, 2);
-  });
-}
-
-TEST_F(OwnNumbersTest, OkClosesOnAPocketPcAndEditsOnASmartphone) {
-  OpenMain();
-  for (const int command : {1, 2}) {
-    ShowList(3, [&](ui::Dialog& dialog, ui::ListView&) {
-      dialog.Command(command);
-      EXPECT_TRUE(dialog.Ended()) << command;
-      EXPECT_EQ(dialog.Result(), 16);
-      EXPECT_EQ(dialog.Bar(), nullptr);
-    });
-  }
-  state->isSmartphone = 1;
-  for (const int command : {1, 339}) {
-    ShowList(3, [&](ui::Dialog& dialog, ui::ListView&) {
-      int opened = 0;
-      device.screen.ScriptDialog(kEditor, [&](ui::Dialog& editor) {
-        ++opened;
-        editor.Close();
-      });
-      dialog.Command(command);
-      EXPECT_EQ(opened, 1) << command;
-      EXPECT_FALSE(dialog.Ended());
-    });
-  }
-}
-
-TEST_F(OwnNumbersTest, TheHeaderIsReadAgainOnlyAfterAChangeWasAskedFor) {
-  OpenMain();
-  ShowList(3, [&](ui::Dialog&, ui::ListView&) { SetRecords(kFile, {Record("", kSecond)}); });
-  EXPECT_EQ(Header(), u"My No. +491712345678");
-  ShowList(1, [&](ui::Dialog& dialog, ui::ListView&) {
-    device.screen.ScriptBox(ui::BoxAnswer::kNo);
-    dialog.Command(334);
-    EXPECT_EQ(Header(), u"My No. +491712345678");
-  });
-  EXPECT_EQ(Header(), u"My No. 01234");
-}
-
-TEST_F(OwnNumbersTest, HelpAndASizeThatIsNoNews) {
-  OpenMain();
-  ShowList(3, [&](ui::Dialog& dialog, ui::ListView&) {
-    dialog.Help();
-    EXPECT_EQ(Calls(kHelp), 1u);
-    dialog.SetBounds(1028, {1, 2, 3, 4});
-    dialog.Resize(dialog.ClientSize());
-    EXPECT_EQ(dialog.Bounds(1028), (ui::Rect{1, 2, 3, 4}));
-    dialog.Resize({dialog.ClientSize().width + 1, dialog.ClientSize().height});
-    EXPECT_NE(dialog.Bounds(1028), (ui::Rect{1, 2, 3, 4}));
-  });
 }
 
 }  // namespace

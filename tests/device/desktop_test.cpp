@@ -27,9 +27,9 @@ using test::ReadText;
 using test::WriteText;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::StartsWith;
 using ::testing::MatchesRegex;
 using ::testing::Not;
+using ::testing::StartsWith;
 
 Environment Variables(std::map<std::string, std::string> values) {
   return [values = std::move(values)](const char* name) {

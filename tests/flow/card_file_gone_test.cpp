@@ -17,7 +17,8 @@ std::u16string Wide(const std::string& text) {
 TEST(CardFileGone, IsToldInOneBoxWithTheFilesName) {
   EntryFlow flow{"usim"};
   flow.Open();
-  const int rows = flow.List().ItemCount();
+  ui::ListView& list = *flow.state.dialog->List(res::kMainList);
+  const int rows = list.ItemCount();
   ASSERT_GT(rows, 0);
   const std::string file = flow.card.File();
   std::filesystem::rename(file, file + ".away");
@@ -31,7 +32,7 @@ TEST(CardFileGone, IsToldInOneBoxWithTheFilesName) {
   ASSERT_EQ(told.size(), 1u);
   EXPECT_TRUE(told[0].starts_with(Wide(file) + u": the card file cannot be read: it is not there"));
 
-  // What the card's own number cannot be read for, the list is not told for again.
+  // Neither the own number nor the list can be read, which is told once.
   flow.state.dialog->Command(res::kCommandRefresh);
   ASSERT_TRUE(flow.screen.RunUntil([&] { return flow.BoxTexts().size() > 1; }));
   ASSERT_TRUE(flow.Settle());
@@ -41,7 +42,7 @@ TEST(CardFileGone, IsToldInOneBoxWithTheFilesName) {
 
   std::filesystem::rename(file + ".away", file);
   flow.state.dialog->Command(res::kCommandRefresh);
-  ASSERT_TRUE(flow.screen.RunUntil([&] { return flow.List().ItemCount() == rows; }));
+  ASSERT_TRUE(flow.screen.RunUntil([&] { return list.ItemCount() == rows; }));
   ASSERT_TRUE(flow.Settle());
   EXPECT_EQ(flow.BoxTexts().size(), 2u);
 }

@@ -10,6 +10,7 @@
 #include "app/card_error.h"
 #include "app/card_unlock.h"
 #include "app/commands.h"
+#include "app/list_message.h"
 #include "app/list_turn.h"
 #include "app/own_number_header.h"
 #include "res/format.h"
@@ -80,10 +81,6 @@ Failure FailureText(std::uint32_t code) {
     default:
       return {res::kTextCardNotRead, res::kTextCardNotReadHint};
   }
-}
-
-ui::ListMessage Message(int text, int hint) {
-  return {std::u16string(res::LoadString(text)), std::u16string(res::LoadString(hint)), 0, 0};
 }
 
 }  // namespace
@@ -241,8 +238,8 @@ void ListLoader::ShowOutcome(const Outcome& outcome) {
   const Failure failure = FailureText(outcome.code);
   // What cannot be pressed is not to be advised.
   const int emptyHint = commands_.Knows(res::kCommandNew) ? res::kTextNoEntriesHint : 0;
-  List(state_).SetMessage(outcome.failed ? Message(failure.text, failure.hint)
-                                         : Message(res::kTextNoEntries, emptyHint));
+  List(state_).SetMessage(outcome.failed ? MakeListMessage(failure.text, failure.hint)
+                                         : MakeListMessage(res::kTextNoEntries, emptyHint));
 }
 
 void ListLoader::CopyNewSim() {

@@ -86,13 +86,13 @@ class NameListsOnCard : public testing::Test {
   std::unique_ptr<EntryFlow> program;
 };
 
-// 42 7E 72 6F: '~' of ASCII is 'ü' in the card's alphabet. A record that begins with 81 is of a
-// form that is not supported.
+// 42 7E 72 6F: '~' of ASCII is 'ü' in the card's alphabet. 81 04 08 94 B0 C7 B0: four characters,
+// those above 7F counted from 0400.
 TEST_F(NameListsOnCard, TheSampleCardsNamesAreListed) {
   Open("usim");
   InNumberNames([&](ui::Dialog& dialog, ui::ListView& list) {
-    EXPECT_THAT(Names(list), ElementsAre(u"Office", u"Mobile 2", u"Home", u"Fax", u"B\u00FCro", u"",
-                                         u"", u"", u"", u""));
+    EXPECT_THAT(Names(list), ElementsAre(u"Office", u"Mobile 2", u"Home", u"Fax", u"B\u00FCro",
+                                         u"\u0414\u0430\u0447\u0430", u"", u"", u"", u""));
     EXPECT_EQ(list.SelectedCount(), 1);
     EXPECT_EQ(list.FocusedItem(), 0);
     EXPECT_TRUE(Await([&] { return dialog.Bar()->KeyAt(0).enabled; }));
@@ -113,15 +113,17 @@ TEST_F(NameListsOnCard, ANameIsChangedErasedAndAddedInTheCardsBytes) {
     Select(list, 0);
     Screen().ScriptBox(ui::BoxAnswer::kYes);
     dialog.PressSoftKey(1);
-    EXPECT_THAT(Names(list), ElementsAre(u"", u"Mobile 2", u"Home", u"\u0414\u0430\u0447\u0430",
-                                         u"B\u00FCro", u"", u"", u"Yacht", u"", u""));
+    EXPECT_THAT(Names(list),
+                ElementsAre(u"", u"Mobile 2", u"Home", u"\u0414\u0430\u0447\u0430", u"B\u00FCro",
+                            u"\u0414\u0430\u0447\u0430", u"", u"Yacht", u"", u""));
   });
   EXPECT_EQ(OnCard(kNumberNameFile, 4), "800414043004470430FFFFFFFFFF");
   EXPECT_EQ(OnCard(kNumberNameFile, 8), "5961636874FFFFFFFFFFFFFFFFFF");
   EXPECT_EQ(OnCard(kNumberNameFile, 2), "4D6F62696C652032FFFFFFFFFFFF");  // as it was
   InNumberNames([&](ui::Dialog&, ui::ListView& list) {
-    EXPECT_THAT(Names(list), ElementsAre(u"", u"Mobile 2", u"Home", u"\u0414\u0430\u0447\u0430",
-                                         u"B\u00FCro", u"", u"", u"Yacht", u"", u""));
+    EXPECT_THAT(Names(list),
+                ElementsAre(u"", u"Mobile 2", u"Home", u"\u0414\u0430\u0447\u0430", u"B\u00FCro",
+                            u"\u0414\u0430\u0447\u0430", u"", u"Yacht", u"", u""));
   });
   InGroupNames([&](ui::Dialog& dialog, ui::ListView& list) {
     Rename(dialog, list, 2, 373, 2003, u"0123456789abcdef");  // all of the record

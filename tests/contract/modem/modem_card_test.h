@@ -2,9 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <cstddef>
+#include <future>
 #include <iostream>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <thread>
 #include <vector>
 
 #include "device/card/sim_service.h"
@@ -61,6 +66,53 @@ class ModemCardTest : public testing::Test {
   std::unique_ptr<device::card::SimService> service;
   std::unique_ptr<device::card::SimClient> sim;
   std::unique_ptr<device::card::RadioClient> radio;
+};
+
+// UPDATE RECORD, as DC in an APDU behind class and quotes or as 220 of the file commands.
+inline bool IsUpdate(std::string_view command) {
+  if (command.starts_with("AT+CRSM=")) return command.starts_with("AT+CRSM=220,");
+  if (!command.starts_with("AT+CGLA=") && !command.starts_with("AT+CSIM=")) return false;
+  const std::size_t quote = command.find('"');
+  return quote != std::string_view::npos && command.substr(quote + 3, 2) == "DC";
+}
+
+// A modem that is pulled out at the next update, which the card has then or not. It is gone when
+// the object is.
+class PulledOutAtUpdate {
+ public:
+  PulledOutAtUpdate(TestModem& modem, bool carriedOut) : modem_(modem) {
+    modem_.SetBetween([this, carriedOut](std::string_view command, const TestModem::Rest& rest) {
+      if (!IsUpdate(command)) return rest();
+      if (carriedOut) rest();
+      ++updates_;
+      Reach();
+      return std::string();
+    });
+    hand_ = std::thread([this] {
+      reached_.get_future().wait();
+      modem_.PullOut();
+    });
+  }
+  ~PulledOutAtUpdate() {
+    EXPECT_NE(updates_, 0);
+    Reach();
+    hand_.join();
+    modem_.SetBetween(nullptr);
+  }
+  PulledOutAtUpdate(const PulledOutAtUpdate&) = delete;
+  PulledOutAtUpdate& operator=(const PulledOutAtUpdate&) = delete;
+  int Updates() const { return updates_; }
+
+ private:
+  void Reach() {
+    if (!told_.exchange(true)) reached_.set_value();
+  }
+
+  TestModem& modem_;
+  std::atomic<int> updates_ = 0;
+  std::atomic<bool> told_ = false;
+  std::promise<void> reached_;
+  std::thread hand_;
 };
 
 struct WayToCard {

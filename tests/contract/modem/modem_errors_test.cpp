@@ -24,17 +24,10 @@ class ModemErrorsTest : public ModemCardTest, public testing::WithParamInterface
     return command.starts_with("AT+CGLA=") || command.starts_with("AT+CSIM=") ||
            command.starts_with("AT+CRSM=") || command.starts_with("AT+CCHO=");
   }
-  // UPDATE RECORD, as DC in an APDU behind class and quotes or as 220.
-  static bool Updates(std::string_view command) {
-    const std::size_t quote = command.find('"');
-    if (command.starts_with("AT+CRSM=")) return command.starts_with("AT+CRSM=220,");
-    return AsksTheCard(command) && quote != std::string_view::npos &&
-           command.substr(quote + 3, 2) == "DC";
-  }
   std::size_t UpdatesSent() {
     const auto commands = modem->TakeCommands();
     return static_cast<std::size_t>(std::count_if(commands.begin(), commands.end(),
-                                                  [](const auto& one) { return Updates(one); }));
+                                                  [](const auto& one) { return IsUpdate(one); }));
   }
   SimResult Status() {
     std::uint32_t used = 0;
@@ -87,7 +80,7 @@ TEST_P(ModemErrorsTest, AnUpdateThatWasRefusedIsSentOnceAndChangesNothing) {
     ASSERT_EQ(Status(), SimResult::kOk);
     modem->TakeCommands();
     modem->SetBetween([&row](std::string_view command, const TestModem::Rest& rest) {
-      return Updates(command) ? "\r\n+CME ERROR: " + std::string(row.error) + "\r\n" : rest();
+      return IsUpdate(command) ? "\r\n+CME ERROR: " + std::string(row.error) + "\r\n" : rest();
     });
     EXPECT_NE(sim->Write(1, u"Kelpin", u"12"), SimResult::kOk);
     EXPECT_EQ(UpdatesSent(), 1U);
@@ -105,7 +98,7 @@ TEST_P(ModemErrorsTest, AnUpdateWhoseAnswerIsLostIsReadBackAndNotSentAgain) {
   modem->TakeCommands();
   modem->SetBetween([](std::string_view command, const TestModem::Rest& rest) {
     const std::string answer = rest();
-    return Updates(command) ? std::string() : answer;
+    return IsUpdate(command) ? std::string() : answer;
   });
   EXPECT_EQ(sim->Write(1, u"Kelpin", u"12"), SimResult::kOk);
   EXPECT_EQ(UpdatesSent(), 1U);
@@ -116,7 +109,7 @@ TEST_P(ModemErrorsTest, AnUpdateThatTheModemClaimsAndTheCardNeverSawIsNoSuccess)
   ASSERT_EQ(Status(), SimResult::kOk);
   const std::string way = GetParam().told;
   modem->SetBetween([&way](std::string_view command, const TestModem::Rest& rest) {
-    if (!Updates(command)) return rest();
+    if (!IsUpdate(command)) return rest();
     return way == "(+CRSM)"   ? std::string("\r\n+CRSM: 144,0\r\n\r\nOK\r\n")
            : way == "(+CSIM)" ? std::string("\r\n+CSIM: 4,\"9000\"\r\n\r\nOK\r\n")
                               : std::string("\r\n+CGLA: 4,\"9000\"\r\n\r\nOK\r\n");

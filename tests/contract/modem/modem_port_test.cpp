@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <fstream>
-#include <future>
 #include <string>
 #include <string_view>
 
@@ -154,22 +153,13 @@ TEST_P(ModemUnpluggedTest, InTheMiddleOfAnUpdateNothingIsLostAndNoSuccessIsClaim
   const bool carriedOut = GetParam();
   Use("usim", {});
   EXPECT_EQ(sim->Text(1), u"Bauer, Anna|+12125550100");
-  std::promise<void> reached;
-  std::atomic<int> updates = 0;
-  modem->SetBetween([&](std::string_view command, const TestModem::Rest& rest) {
-    if (command.find(",\"01DC") == std::string_view::npos) return rest();
-    if (carriedOut) rest();
-    if (++updates == 1) reached.set_value();
-    return std::string();
-  });
-  auto written = std::async(std::launch::async, [this] { return sim->Write(1, u"Kelpin", u"12"); });
-  reached.get_future().wait();
-  modem->PullOut();
-  EXPECT_NE(written.get(), SimResult::kOk);
-  modem->SetBetween(nullptr);
+  {
+    const PulledOutAtUpdate pulled(*modem, carriedOut);
+    EXPECT_NE(sim->Write(1, u"Kelpin", u"12"), SimResult::kOk);
+    EXPECT_EQ(pulled.Updates(), 1);
+  }
   modem->PlugIn();
   ASSERT_TRUE(Recovers());
-  EXPECT_EQ(updates, 1);
   EXPECT_EQ(sim->Text(1), carriedOut ? u"Kelpin|12" : u"Bauer, Anna|+12125550100");
 }
 

@@ -190,6 +190,24 @@ TEST_F(ModemProgramTest, KelpinListsTheCardInTheModem) {
   EXPECT_THAT(written, HasSubstr("180 entries"));
 }
 
+TEST_F(ModemProgramTest, ASecondProgramIsToldWhoHasThePortAndGetsItAfterwards) {
+  if (Kelpin().empty() || ::access(Kelpin().c_str(), X_OK) != 0) {
+    GTEST_SKIP() << "kelpin is not built";
+  }
+  Start("usim");
+  Use();
+  const std::string list = "--sim 'modem:" + Link() + "' --screenshot list.png";
+  EXPECT_EQ(RunKelpin(list), 1);
+  EXPECT_THAT(written, HasSubstr(Link() + " is in use by modem_tests (process " +
+                                 std::to_string(::getpid()) + ")."));
+  // Which took nothing from the first.
+  EXPECT_EQ(sim->Text(1), u"Bauer, Anna|+12125550100");
+  EXPECT_EQ(sim->Write(1, u"Mine", u"1"), SimResult::kOk);
+  Close();
+  EXPECT_EQ(RunKelpin(list), 0) << written;
+  EXPECT_THAT(written, HasSubstr("180 entries"));
+}
+
 TEST_F(ModemProgramTest, KelpinSaysWhatToDoWithoutTheModem) {
   if (Kelpin().empty() || ::access(Kelpin().c_str(), X_OK) != 0) {
     GTEST_SKIP() << "kelpin is not built";

@@ -35,7 +35,8 @@ TEST_F(OthersEntries, ANewEntryTakesTheLowestFreeLocation) {
   EXPECT_EQ(index, 2u);
   EXPECT_EQ(bench_.sim.Name(2), u"Eve");
   EXPECT_EQ(phonebook_.Slot(2), 1);
-  EXPECT_THAT(bench_.journal.Entries("Sim"), ElementsAre("SimWritePhonebookEntry(1, 16, 2, Eve, 5)"));
+  EXPECT_THAT(bench_.journal.Entries("Sim"),
+              ElementsAre("SimWritePhonebookEntry(1, 16, 2, Eve, 5)"));
 }
 
 TEST_F(OthersEntries, ANewEntryPassesOverALocationThatWasTaken) {

@@ -97,7 +97,7 @@ TEST_F(EdsMove, EntriesOfAnyKindReachTheAddressBookAndLeaveTheCard) {
   CardProgram program(*card, *store);
   program.Open();
   contacts::CopyOut(program, contacts::kMoveOutCommand);
-  EXPECT_THAT(contacts::program.BoxTexts(),
+  EXPECT_THAT(program.BoxTexts(),
               ElementsAre(u"Contact(s) successfully added.\n\n - 6 new item(s).\n - 0 item(s) "
                           u"overwritten.\n - 0 item(s) already exists."));
   EXPECT_THAT(program.Rows(), IsEmpty());

@@ -4,10 +4,10 @@
 #include <utility>
 
 #include "app/app_state.h"
+#include "app/card_error.h"
 #include "app/commands.h"
 #include "app/list_loader.h"
 #include "app/readiness.h"
-#include "app/sim_error.h"
 #include "res/format.h"
 #include "res/ids.h"
 #include "res/strings.h"
@@ -131,7 +131,7 @@ void EntryDeletion::DeleteFirst() {
   }
   if (!Succeeded(result)) {
     End();
-    ShowSimError(state_.ports.screen, state_.mainDialog, result);
+    ShowCardError(state_, state_.mainDialog, result);
     return;
   }
   List(state_).DeleteItem(row);

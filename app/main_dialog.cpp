@@ -1,9 +1,9 @@
 #include "app/main_dialog.h"
 
 #include "app/app_state.h"
+#include "app/card_error.h"
 #include "app/help.h"
 #include "app/list_turn.h"
-#include "app/sim_error.h"
 #include "res/accelerators.h"
 #include "res/ids.h"
 #include "res/menus.h"
@@ -103,7 +103,7 @@ void MainDialog::SetUpWindow(ui::Dialog& dialog) {
 void MainDialog::OpenSessions() {
   const platform::SimResult result = state_.simPhonebook.Open();
   if (!Succeeded(result)) {
-    ShowSimError(state_.ports.screen, state_.mainDialog, result);
+    ShowCardError(state_, state_.mainDialog, result);
     return;
   }
   // A session that does not open fails every command, and each command's caller handles that.

@@ -1,7 +1,7 @@
 #include "app/readiness.h"
 
 #include "app/app_state.h"
-#include "app/sim_error.h"
+#include "app/card_error.h"
 #include "res/ids.h"
 
 namespace kelpin::app {
@@ -9,7 +9,7 @@ namespace {
 
 // True for success; a failure is shown.
 bool Accept(AppState& state, platform::SimResult result) {
-  ShowSimError(state.ports.screen, state.mainDialog, result);
+  ShowCardError(state, state.mainDialog, result);
   return Succeeded(result);
 }
 

@@ -5,10 +5,10 @@
 #include <string>
 
 #include "app/app_state.h"
+#include "app/card_error.h"
 #include "app/commands.h"
 #include "app/list_turn.h"
 #include "app/own_number_header.h"
-#include "app/sim_error.h"
 #include "res/ids.h"
 #include "ui/screen.h"
 
@@ -67,7 +67,7 @@ int ListStoredEntry(AppState& state, ui::ListView& list, std::uint32_t index) {
     // Without memory for it the row is left out.
     InsertListRow(state, index, number.c_str(), name.c_str());
   } else if (!state.closing) {
-    ShowSimError(state.ports.screen, state.mainDialog, result);
+    ShowCardError(state, state.mainDialog, result);
   }
   return row;
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/app_state.h"
+#include "app/card_error.h"
 #include "app/commands.h"
 #include "app/list_loader.h"
 #include "app/list_turn.h"
@@ -295,7 +296,7 @@ void ContactsToSimRun::Tell(const ui::Dialog& picker) {
     warn(res::Format(res::LoadString(res::kTextContactRefused),
                      {counters_.processed, chosen_, refused_}));
   }
-  app::ShowSimError(screen, picker.Handle(), error_);
+  app::ShowCardError(state_, picker.Handle(), error_);
 }
 
 }  // namespace kelpin::contacts

@@ -4,11 +4,11 @@
 #include <string>
 
 #include "app/app_state.h"
+#include "app/card_error.h"
 #include "app/delete_entries.h"
 #include "app/extended_fields.h"
 #include "app/list_loader.h"
 #include "app/readiness.h"
-#include "app/sim_error.h"
 #include "contacts/marked_row.h"
 #include "contacts/run_counters.h"
 #include "res/format.h"
@@ -129,7 +129,7 @@ MoveToContacts::Removal MoveToContacts::Remove(const EntryCopy& entry) {
   }
   if (!Succeeded(result)) {
     End();
-    app::ShowSimError(state_.ports.screen, state_.mainDialog, result);
+    app::ShowCardError(state_, state_.mainDialog, result);
     return Removal::kStopped;
   }
   run_->NoteMoved(entry);

@@ -1,8 +1,8 @@
 #include "editor/editor_dialog.h"
 
 #include "app/app_state.h"
+#include "app/card_error.h"
 #include "app/card_hold.h"
-#include "app/sim_error.h"
 #include "res/menus.h"
 #include "res/templates.h"
 
@@ -29,7 +29,7 @@ bool CardAnswers(app::AppState& state, ui::Dialog& dialog) {
   if (Succeeded(result) && app::CardIsExchanged(state)) {
     result = platform::SimResult::kWrongSim;
   }
-  app::ShowSimError(state.ports.screen, dialog.Handle(), result);
+  app::ShowCardError(state, dialog.Handle(), result);
   return Succeeded(result);
 }
 

@@ -3,9 +3,9 @@
 #include <cstddef>
 
 #include "app/app_state.h"
+#include "app/card_error.h"
 #include "app/card_hold.h"
 #include "app/main_list.h"
-#include "app/sim_error.h"
 #include "editor/entry_editor.h"
 #include "editor/entry_layout.h"
 #include "res/format.h"
@@ -182,7 +182,7 @@ void EntryEditor::ShowContent(const EntryContent& content) {
     ShowGroup(content.group);
   }
   if (!content.complete) {
-    app::ShowSimError(state_.ports.screen, editor_.owner, content.failure);
+    app::ShowCardError(state_, editor_.owner, content.failure);
     return;
   }
   // Where one goes on writing.

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "app/app_state.h"
-#include "app/sim_error.h"
+#include "app/card_error.h"
 #include "res/format.h"
 #include "res/strings.h"
 
@@ -93,7 +93,7 @@ bool NameListFill::AddRecord(ui::ListView& list, std::uint32_t id) {
     const platform::SimResult result = state_.simPhonebook.ReadCaps();
     if (!stopped_ && !state_.closing) {
       EndWait();
-      app::ShowSimError(state_.ports.screen, dialog_->Handle(), result);
+      app::ShowCardError(state_, dialog_->Handle(), result);
     }
   }
   return false;

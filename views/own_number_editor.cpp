@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "app/app_state.h"
+#include "app/card_error.h"
 #include "app/card_hold.h"
-#include "app/sim_error.h"
 #include "res/ids.h"
 #include "res/strings.h"
 #include "sim/sim_text.h"
@@ -127,7 +127,7 @@ void OwnNumberEditor::Save(ui::Dialog& dialog) {
     reader_.Doubt(place, record, !Succeeded(result));
     if (!Succeeded(result)) {
       screen.SetWaitCursor(false);
-      app::ShowSimError(screen, dialog.Handle(), result);
+      app::ShowCardError(state_, dialog.Handle(), result);
       return;
     }
   }

@@ -4,9 +4,9 @@
 #include <utility>
 
 #include "app/app_state.h"
+#include "app/card_error.h"
 #include "app/card_hold.h"
 #include "app/list_message.h"
-#include "app/sim_error.h"
 #include "platform/radio_interface.h"
 #include "res/format.h"
 #include "res/ids.h"
@@ -61,7 +61,7 @@ void OwnNumberReader::Refresh() {
   if (!Succeeded(result)) {
     // The guard stays: a card that does not answer is not asked at each of its events.
     if (!closed_ && !state_.closing) {
-      app::ShowSimError(state_.ports.screen, dialog_->Handle(), result);
+      app::ShowCardError(state_, dialog_->Handle(), result);
     }
     return;
   }
@@ -192,7 +192,7 @@ bool OwnNumberReader::TellStatus() {
   }
   const platform::SimResult result = state_.simPhonebook.ReadStatus();
   if (!closed_ && !state_.closing) {
-    app::ShowSimError(state_.ports.screen, dialog_->Handle(), result);
+    app::ShowCardError(state_, dialog_->Handle(), result);
   }
   return result != platform::SimResult::kOk;
 }

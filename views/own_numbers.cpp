@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "app/app_state.h"
+#include "app/card_error.h"
 #include "app/card_hold.h"
 #include "app/own_number_header.h"
 #include "app/readiness.h"
-#include "app/sim_error.h"
 #include "res/format.h"
 #include "res/ids.h"
 #include "res/menus.h"
@@ -183,7 +183,7 @@ int OwnNumbersDialog::RowToChange(ui::Dialog& dialog) {
     return -1;
   }
   const platform::SimResult result = state_.simPhonebook.ReadStatus();
-  app::ShowSimError(state_.ports.screen, dialog.Handle(), result);
+  app::ShowCardError(state_, dialog.Handle(), result);
   return Succeeded(result) ? row : -1;
 }
 
@@ -225,7 +225,7 @@ void OwnNumbersDialog::Erase(ui::Dialog& dialog) {
     ResolveDoubts(dialog);
     if (!Succeeded(result)) {
       state_.ports.screen.SetWaitCursor(false);
-      app::ShowSimError(state_.ports.screen, dialog.Handle(), result);
+      app::ShowCardError(state_, dialog.Handle(), result);
       return;
     }
   }

@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "app/app_state.h"
+#include "app/card_error.h"
 #include "app/list_message.h"
 #include "app/readiness.h"
-#include "app/sim_error.h"
 #include "platform/radio_interface.h"
 #include "res/format.h"
 #include "res/ids.h"
@@ -147,7 +147,7 @@ bool ServiceNumbersDialog::Reader::TellNotRead() {
   }
   const platform::SimResult result = state.simPhonebook.ReadCaps();
   if (!closed && !state.closing) {
-    app::ShowSimError(state.ports.screen, dialog->Handle(), result);
+    app::ShowCardError(state, dialog->Handle(), result);
   }
   return result != platform::SimResult::kOk;
 }
@@ -298,7 +298,7 @@ void ServiceNumbersDialog::Call(ui::Dialog& dialog) {
   const std::u16string number = list->ItemText(row, kColumnPhone);
   const platform::SimResult result = state_.simPhonebook.ReadCaps();
   if (!Succeeded(result)) {
-    app::ShowSimError(state_.ports.screen, dialog.Handle(), result);
+    app::ShowCardError(state_, dialog.Handle(), result);
     return;
   }
   MakeCall(state_, dialog.Handle(), name, number);

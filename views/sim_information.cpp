@@ -5,8 +5,8 @@
 #include <iterator>
 
 #include "app/app_state.h"
+#include "app/card_error.h"
 #include "app/readiness.h"
-#include "app/sim_error.h"
 #include "res/format.h"
 #include "res/ids.h"
 #include "res/strings.h"
@@ -49,7 +49,7 @@ bool SimInformation::ReadFigures() {
   }
   if (!Succeeded(result)) {
     state_.ports.screen.SetWaitCursor(false);
-    app::ShowSimError(state_.ports.screen, state_.mainDialog, result);
+    app::ShowCardError(state_, state_.mainDialog, result);
   }
   return Succeeded(result);
 }

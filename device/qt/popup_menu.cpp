@@ -2,7 +2,9 @@
 
 #include <QAction>
 #include <QEvent>
+#include <QFontInfo>
 #include <QKeyEvent>
+#include <QScreen>
 
 #include "device/qt/icons.h"
 #include "device/qt/text.h"
@@ -11,12 +13,23 @@
 namespace kelpin::qt {
 namespace {
 
+constexpr int kLeastFont = 12;  // pixels
+
+QString WordsOf(const ui::MenuItem& item) {
+  return ToQt(item.text).replace(QLatin1Char('&'), QStringLiteral("&&"));
+}
+
 // Shown and read out; a menu in no menu bar never acts on them, the dialog's accelerators do. Keys
 // in a language whose words Qt does not know stand behind the item's own text.
-void SetKeys(QAction& action, const QString& keys) {
+void SetKeys(QAction& action, const QString& text, const QString& keys) {
+  action.setText(text);
+  action.setShortcut({});
+  if (keys.isEmpty()) {
+    return;
+  }
   const auto shortcut = QKeySequence::fromString(keys, QKeySequence::PortableText);
   if (shortcut.toString(QKeySequence::PortableText) != keys) {
-    action.setText(action.text() + QLatin1Char('\t') + keys);
+    action.setText(text + QLatin1Char('\t') + keys);
     return;
   }
   action.setShortcut(shortcut);
@@ -28,6 +41,8 @@ void SetKeys(QAction& action, const QString& keys) {
 PopupMenu::PopupMenu(std::function<void(int)> choose, QWidget* parent)
     : QMenu(parent), choose_(std::move(choose)) {
   setToolTipsVisible(false);
+  connect(this, &QMenu::aboutToShow, this,
+          [this] { FitInto(screen()->availableGeometry().width()); });
 }
 
 void PopupMenu::SetItems(const std::vector<ui::MenuItem>& items) {
@@ -50,14 +65,14 @@ void PopupMenu::Fill() {
       addSeparator();
       continue;
     }
-    const QString text = ToQt(item.text).replace(QLatin1Char('&'), QStringLiteral("&&"));
+    const QString text = WordsOf(item);
     const QIcon icon = AccentIcon(QString::fromStdString(item.icon), palette(), Scaled(20));
     if (!item.items.empty()) {
       AddSubMenu(item, icon, text);
       continue;
     }
     QAction* action = addAction(icon, text);
-    SetKeys(*action, ToQt(item.keys));
+    SetKeys(*action, text, ToQt(item.keys));
     action->setObjectName(QStringLiteral("command%1").arg(item.command));
     action->setEnabled(item.enabled);
     connect(
@@ -75,6 +90,38 @@ void PopupMenu::AddSubMenu(const ui::MenuItem& item, const QIcon& icon, const QS
   subMenu->SetItems(item.items);
   subMenu->setEnabled(item.enabled);
   addMenu(subMenu);
+}
+
+void PopupMenu::ShowKeys(bool shown) {
+  const QList<QAction*> all = actions();
+  for (std::size_t i = 0; i < items_.size(); ++i) {
+    const ui::MenuItem& item = items_[i];
+    if (!item.IsSeparator() && item.items.empty()) {
+      SetKeys(*all.at(static_cast<qsizetype>(i)), WordsOf(item),
+              shown ? ToQt(item.keys) : QString());
+    }
+  }
+}
+
+void PopupMenu::FitInto(int width) {
+  if (own_.has_value()) {
+    setFont(*own_);
+    own_.reset();
+  }
+  ShowKeys(true);
+  if (sizeHint().width() <= width) {
+    return;
+  }
+  ShowKeys(false);
+  QFont smaller = font();
+  for (int size = QFontInfo(smaller).pixelSize() - 1;
+       size >= kLeastFont && sizeHint().width() > width; --size) {
+    if (!own_.has_value()) {
+      own_ = font();
+    }
+    smaller.setPixelSize(size);
+    setFont(smaller);
+  }
 }
 
 // Greyed items count, so that a letter always means the same.

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <QFont>
 #include <QMenu>
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "ui/menu.h"
@@ -19,6 +21,9 @@ class PopupMenu : public QMenu {
   PopupMenu(std::function<void(int command)> choose, QWidget* parent);
 
   void SetItems(const std::vector<ui::MenuItem>& items);
+  // Every word within `width`: the shortcuts are left out where they do not fit, and what is still
+  // too wide is written smaller. Done for the screen's width whenever the menu opens.
+  void FitInto(int width);
 
  protected:
   void changeEvent(QEvent* event) override;
@@ -26,6 +31,7 @@ class PopupMenu : public QMenu {
 
  private:
   void Fill();
+  void ShowKeys(bool shown);
   void AddSubMenu(const ui::MenuItem& item, const QIcon& icon, const QString& text);
   // True when it is the only item that begins with it.
   bool GoToLetter(QChar letter);
@@ -33,6 +39,7 @@ class PopupMenu : public QMenu {
   std::function<void(int)> choose_;
   std::vector<ui::MenuItem> items_;
   bool filling_ = false;
+  std::optional<QFont> own_;  // the menu's font while a smaller one is in its place
 };
 
 }  // namespace kelpin::qt

@@ -88,6 +88,40 @@ TEST_F(SoftKeys, ShortcutsInWordsOfAnotherLanguageAreShownAsTheyStand) {
   }
 }
 
+TEST_F(SoftKeys, AMenuOfLargeLettersLeavesItsShortcutsOutAndIsThenWrittenSmaller) {
+  qt::PopupMenu menu([](int) {}, nullptr);
+  ui::MenuItem item;
+  item.command = kEdit;
+  item.text = u"Contacts to SIM...";
+  menu.SetItems({item});
+  QFont large = menu.font();
+  large.setPixelSize(32);
+  menu.setFont(large);
+  const int bare = menu.sizeHint().width();
+  item.keys = u"Ctrl+D";
+  menu.SetItems({item});
+  const int whole = menu.sizeHint().width();
+  ASSERT_GT(whole, bare);
+  const auto keys = [&] { return menu.actions().front()->shortcut(); };
+
+  menu.FitInto(whole);
+  EXPECT_EQ(keys(), QKeySequence(Qt::CTRL | Qt::Key_D));
+  menu.FitInto(whole - 1);
+  EXPECT_TRUE(keys().isEmpty());
+  EXPECT_EQ(menu.font().pixelSize(), 32);
+  EXPECT_EQ(menu.sizeHint().width(), bare);
+  menu.FitInto(bare - 1);
+  EXPECT_LT(menu.font().pixelSize(), 32);
+  EXPECT_LT(menu.sizeHint().width(), bare);
+  EXPECT_EQ(menu.actions().front()->text(), QStringLiteral("Contacts to SIM..."));
+  menu.FitInto(1);
+  EXPECT_EQ(menu.font().pixelSize(), 12);
+  menu.FitInto(whole);
+  EXPECT_EQ(menu.font().pixelSize(), 32);
+  EXPECT_EQ(keys(), QKeySequence(Qt::CTRL | Qt::Key_D));
+  EXPECT_EQ(menu.sizeHint().width(), whole);
+}
+
 TEST_F(SoftKeys, GreyedAndRemovedItemsFollowTheDialog) {
   Open();
   ui::Menu* menu = dialog_->Bar()->SubMenu(kMenu);

@@ -207,6 +207,10 @@ int Start(const start::Options& options, char* programName, start::SteadyTime st
   }
   turn.Wait(folders.runtime, kStartPatience);
   if (RaiseRunningCopy(screen)) {
+    if (!picture && options.named) {
+      std::cerr << "kelpin: Kelpin runs already, with what its own start named; its window was "
+                   "brought forward. Close it, then start again\n";
+    }
     return picture ? fail(platform::Say("Kelpin runs already; close it, then take the picture"))
                    : 0;
   }

@@ -66,6 +66,7 @@ std::optional<Options> ReadCommandLine(int argc, char** argv, int& code) {
     code = code == 0 && !PrintedAll() ? kExitFailure : code;
     return std::nullopt;
   }
+  options.named = argc > 1;
   return options;
 }
 

@@ -13,6 +13,7 @@ struct Options {
   std::string calls = "desktop";
   std::string platform = "pocketpc";
   std::string screenshot;
+  bool named = false;  // the command line has an option at all
   bool demo = false;
   bool listReaders = false;
   int pinDescriptor = -1;  // where a script gives the card's PIN; -1: nowhere

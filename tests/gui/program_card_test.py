@@ -202,12 +202,33 @@ def a_reader_that_goes_ends_nothing(program, sample):
         check("180 entries" in out, "the list is printed")
 
 
+def a_second_start_says_that_its_command_line_does_not_count(program, sample):
+    with tempfile.TemporaryDirectory() as folder:
+        home = Home(folder, sample, lambda image: None)
+        first = home.start(program)
+        run = home.path / "runtime_dir" / "kelpin"
+        end = time.monotonic() + PATIENCE
+        # Once it can be called to the front, there is a socket of its own.
+        while time.monotonic() < end and not (run.exists() and
+                                              any(file.is_socket() for file in run.iterdir())):
+            time.sleep(0.05)
+        second = home.start(program)
+        _, error = finish(second)
+        check(second.returncode == 0, f"the second start ends well: {second.returncode}")
+        check("Kelpin runs already" in error, f"the second start says why it ends: {error}")
+        first.send_signal(signal.SIGTERM)
+        _, error = finish(first)
+        check(first.returncode == 0, f"the first one goes on till its end: {error}")
+        check("Kelpin runs already" not in error, "the first one has nothing to say")
+
+
 def main():
     program, sample = sys.argv[1:]
     for test in (given_pin_opens_the_card, wrong_given_pin_is_sent_once, last_try_is_kept,
                  what_is_no_pin_is_told, memory_is_private_once_a_pin_is_given,
                  silent_card_does_not_hold_the_end, a_limit_on_file_sizes_is_told,
-                 a_reader_that_goes_ends_nothing):
+                 a_reader_that_goes_ends_nothing,
+                 a_second_start_says_that_its_command_line_does_not_count):
         print(test.__name__)
         test(program, sample)
     sys.exit(1 if FAILURES else 0)

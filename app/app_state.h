@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "app/card_error.h"
 #include "app/main_list.h"
 #include "app/ports.h"
 #include "app/settings.h"
@@ -65,7 +66,8 @@ struct AppState {
   std::atomic<bool> headerUpdating = false;
 
   // The card.
-  std::atomic<bool> cardChanged = false;           // the next reading is the card's wish
+  std::atomic<bool> cardChanged = false;  // the next reading is the card's wish
+  ToldTroubles troubles;
   std::atomic<std::uint32_t> declinedPowerUp = 0;  // when the user would not unlock it; 0: never
   sim::SimPhonebook simPhonebook;
   sim::RilClient radio;               // told of what happens; reads the list and the header

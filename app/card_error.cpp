@@ -7,27 +7,79 @@
 
 namespace kelpin::app {
 
-void ShowCardError(AppState& state, ui::WindowHandle owner, std::uint32_t code,
-                   std::u16string* told) {
-  const std::u16string trouble = state.ports.cardUse == nullptr || code == 0
-                                     ? std::u16string()
-                                     : state.ports.cardUse->Trouble();
+namespace {
+
+std::u16string TroubleOf(AppState& state, std::uint32_t code) {
+  return state.ports.cardUse == nullptr || code == 0 ? std::u16string()
+                                                     : state.ports.cardUse->Trouble();
+}
+
+void Show(AppState& state, ui::WindowHandle owner, std::uint32_t code,
+          const std::u16string& trouble) {
   if (trouble.empty()) {
     ShowSimError(state.ports.screen, owner, code);
     return;
   }
-  if (told != nullptr && *told == trouble) {
+  state.troubles.Note(trouble);
+  state.ports.screen.MessageBox(owner, trouble, res::LoadString(res::kStringError), ui::kBoxError);
+}
+
+}  // namespace
+
+void ToldTroubles::Note(const std::u16string& words) {
+  const MutexLock hold(lock_);
+  last_ = words;
+  ++count_;
+}
+
+std::uint32_t ToldTroubles::Count() const {
+  const MutexLock hold(lock_);
+  return count_;
+}
+
+bool ToldTroubles::ToldSince(std::uint32_t count, const std::u16string& words) const {
+  const MutexLock hold(lock_);
+  return count_ > count && last_ == words;
+}
+
+void ToldTroubles::CardIsReached() {
+  const MutexLock hold(lock_);
+  reached_ = count_;
+}
+
+std::uint32_t ToldTroubles::CountWhenReached() const {
+  const MutexLock hold(lock_);
+  return reached_;
+}
+
+void ShowCardError(AppState& state, ui::WindowHandle owner, std::uint32_t code,
+                   std::u16string* told) {
+  const std::u16string trouble = TroubleOf(state, code);
+  if (told != nullptr && !trouble.empty() && *told == trouble) {
     return;
   }
-  if (told != nullptr) {
+  if (told != nullptr && !trouble.empty()) {
     *told = trouble;
   }
-  state.ports.screen.MessageBox(owner, trouble, res::LoadString(res::kStringError), ui::kBoxError);
+  Show(state, owner, code, trouble);
 }
 
 void ShowCardError(AppState& state, ui::WindowHandle owner, platform::SimResult result,
                    std::u16string* told) {
   ShowCardError(state, owner, static_cast<std::uint32_t>(result), told);
+}
+
+void ShowCardError(AppState& state, ui::WindowHandle owner, std::uint32_t code,
+                   std::uint32_t since) {
+  const std::u16string trouble = TroubleOf(state, code);
+  if (trouble.empty() || !state.troubles.ToldSince(since, trouble)) {
+    Show(state, owner, code, trouble);
+  }
+}
+
+void ShowUnaskedCardError(AppState& state, ui::WindowHandle owner, platform::SimResult result) {
+  ShowCardError(state, owner, static_cast<std::uint32_t>(result),
+                state.troubles.CountWhenReached());
 }
 
 }  // namespace kelpin::app

@@ -102,10 +102,15 @@ void ListLoader::Refresh() {
   if (state_.ports.cardUse != nullptr) {
     state_.ports.cardUse->ReadAfresh();
   }
-  UnlockForReading(state_, !state_.cardChanged.exchange(false));
+  const bool unasked = state_.cardChanged.exchange(false);
+  UnlockForReading(state_, !unasked);
   const SimResult result = state_.simPhonebook.ReadStatus();
   if (!Succeeded(result)) {
-    ShowCardError(state_, state_.mainDialog, result);
+    if (unasked) {
+      ShowUnaskedCardError(state_, state_.mainDialog, result);
+    } else {
+      ShowCardError(state_, state_.mainDialog, result);
+    }
     return;
   }
   state_.ports.screen.SetWaitCursor(true);
@@ -142,6 +147,9 @@ void ListLoader::Load() {
     wiring_.loadLayout(state_);
   }
   const Outcome outcome = ReadCard();
+  if (!outcome.failed) {
+    state_.troubles.CardIsReached();
+  }
   CopyNewSim();
   ShowOutcome(outcome);
   commands_.SetLoadCommandsEnabled(true);

@@ -46,7 +46,9 @@ int UpdateOwnNumberHeader(AppState& state, std::u16string* told) {
   if (!number) {
     // The flag stays set: see the header.
     const platform::SimResult result = state.simPhonebook.ReadStatus();
-    if (!state.closing) {
+    if (!state.closing && told == nullptr) {
+      ShowUnaskedCardError(state, state.mainDialog, result);
+    } else if (!state.closing) {
       ShowCardError(state, state.mainDialog, result, told);
     }
     return 0;

@@ -67,7 +67,7 @@ int ListStoredEntry(AppState& state, ui::ListView& list, std::uint32_t index) {
     // Without memory for it the row is left out.
     InsertListRow(state, index, number.c_str(), name.c_str());
   } else if (!state.closing) {
-    ShowCardError(state, state.mainDialog, result);
+    ShowUnaskedCardError(state, state.mainDialog, result);
   }
   return row;
 }

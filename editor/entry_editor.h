@@ -121,7 +121,8 @@ class EntryEditor : public ui::DialogHandler, public std::enable_shared_from_thi
   ui::Size size_;                       // the controls were last placed for
   DialogHold hold_;
   bool saving_ = false;
-  bool waiting_ = false;  // the wait cursor is on
+  std::uint32_t troublesBefore_ = 0;  // shown of the card's before the save began
+  bool waiting_ = false;              // the wait cursor is on
   bool panelUp_ = false;
   bool scrolled_ = false;  // the last field was once brought into view
   std::array<bool, kExtendedFieldCount> unread_ = {};

@@ -23,6 +23,7 @@ void EntryEditor::StartSave() {
     return;
   }
   saving_ = true;
+  troublesBefore_ = state_.troubles.Count();
   SetWaiting(true);
   // The load counts the free locations anew.
   if (IsNew() && app::IsListLoading(state_)) {
@@ -165,7 +166,7 @@ void EntryEditor::FinishSave(const EntryInput& input, const SaveOutcome& outcome
     return;
   }
   if (!outcome.silent) {
-    app::ShowCardError(state_, editor_.owner, outcome.code);
+    app::ShowCardError(state_, editor_.owner, outcome.code, troublesBefore_);
   }
   if (!Open()) {
     return;

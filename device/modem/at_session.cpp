@@ -129,6 +129,10 @@ AtAnswer AtSession::Exchange(const std::string& command, std::string_view prefix
   const bool sent = port_->Write(std::move(bytes), patience);
 
   const MutexLock hold(lock_);
+  // A port that takes nothing before its time is over has gone, which its reader tells in a moment.
+  while (!sent && !gone_ && Clock::now() < limit) {
+    changed_.wait_until(lock_, limit);
+  }
   while (sent && !pending_.ended && !gone_) {
     auto until = limit;
     const bool mayBeAll = pending_.unfinished && !pending_.answer.lines.empty();

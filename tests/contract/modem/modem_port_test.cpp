@@ -140,7 +140,8 @@ TEST_F(ModemPortTest, AModemThatIsUnpluggedIsACardTakenOutAndIsFoundAgain) {
   while (told == SimResult::kOk && std::chrono::steady_clock::now() < limit) {
     told = sim->Status(used, total);
   }
-  EXPECT_TRUE(told == SimResult::kNotInserted || told == SimResult::kRadioNotPresent);
+  EXPECT_TRUE(told == SimResult::kNotInserted || told == SimResult::kRadioNotPresent)
+      << std::hex << static_cast<std::uint32_t>(told);
   modem->PlugIn();
   EXPECT_TRUE(Recovers());
   EXPECT_EQ(sim->Text(1), u"Bauer, Anna|+12125550100");

@@ -77,9 +77,11 @@ class TestModem {
   TestModem& operator=(const TestModem&) = delete;
 
   const std::string& Port() const { return line_->Port(); }
+  // What stood there before is not called any more when this returns. Not within such a call.
   void SetBetween(Between between) {
     const MutexLock hold(lock_);
     between_ = std::move(between);
+    while (calls_ > 0) called_.wait(lock_);
   }
   // The commands since the last call.
   std::vector<std::string> TakeCommands() {
@@ -118,18 +120,25 @@ class TestModem {
       const MutexLock hold(lock_);
       if (!command.empty()) commands_.emplace_back(command);
       between = between_;
+      ++calls_;
     }
     const Rest rest = [this, command] {
       const MutexLock hold(modemLock_);
       return modem_.Answer(command);
     };
-    return between ? between(command, rest) : rest();
+    std::string answer = between ? between(command, rest) : rest();
+    const MutexLock hold(lock_);
+    --calls_;
+    called_.notify_all();
+    return answer;
   }
 
   Mutex modemLock_;
   AtModem modem_ GUARDED_BY(modemLock_);
   const std::string link_;
   Mutex lock_;
+  Condition called_;
+  int calls_ GUARDED_BY(lock_) = 0;
   Between between_ GUARDED_BY(lock_);
   std::vector<std::string> commands_ GUARDED_BY(lock_);
   std::unique_ptr<tools::ModemLine> line_;

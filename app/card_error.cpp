@@ -1,5 +1,7 @@
 #include "app/card_error.h"
 
+#include <optional>
+
 #include "app/app_state.h"
 #include "app/sim_error.h"
 #include "res/ids.h"
@@ -9,19 +11,19 @@ namespace kelpin::app {
 
 namespace {
 
-std::u16string TroubleOf(AppState& state, std::uint32_t code) {
-  return state.ports.cardUse == nullptr || code == 0 ? std::u16string()
-                                                     : state.ports.cardUse->Trouble();
-}
-
+// `since`: words that were shown after so many are not shown again.
 void Show(AppState& state, ui::WindowHandle owner, std::uint32_t code,
-          const std::u16string& trouble) {
+          std::optional<std::uint32_t> since) {
+  const std::u16string trouble = state.ports.cardUse == nullptr || code == 0
+                                     ? std::u16string()
+                                     : state.ports.cardUse->Trouble();
   if (trouble.empty()) {
     ShowSimError(state.ports.screen, owner, code);
-    return;
+  } else if (!since.has_value() || !state.troubles.ToldSince(*since, trouble)) {
+    state.troubles.Note(trouble);
+    state.ports.screen.MessageBox(owner, trouble, res::LoadString(res::kStringError),
+                                  ui::kBoxError);
   }
-  state.troubles.Note(trouble);
-  state.ports.screen.MessageBox(owner, trouble, res::LoadString(res::kStringError), ui::kBoxError);
 }
 
 }  // namespace
@@ -52,29 +54,13 @@ std::uint32_t ToldTroubles::CountWhenReached() const {
   return reached_;
 }
 
-void ShowCardError(AppState& state, ui::WindowHandle owner, std::uint32_t code,
-                   std::u16string* told) {
-  const std::u16string trouble = TroubleOf(state, code);
-  if (told != nullptr && !trouble.empty() && *told == trouble) {
-    return;
-  }
-  if (told != nullptr && !trouble.empty()) {
-    *told = trouble;
-  }
-  Show(state, owner, code, trouble);
-}
-
-void ShowCardError(AppState& state, ui::WindowHandle owner, platform::SimResult result,
-                   std::u16string* told) {
-  ShowCardError(state, owner, static_cast<std::uint32_t>(result), told);
+void ShowCardError(AppState& state, ui::WindowHandle owner, platform::SimResult result) {
+  Show(state, owner, static_cast<std::uint32_t>(result), std::nullopt);
 }
 
 void ShowCardError(AppState& state, ui::WindowHandle owner, std::uint32_t code,
                    std::uint32_t since) {
-  const std::u16string trouble = TroubleOf(state, code);
-  if (trouble.empty() || !state.troubles.ToldSince(since, trouble)) {
-    Show(state, owner, code, trouble);
-  }
+  Show(state, owner, code, since);
 }
 
 void ShowUnaskedCardError(AppState& state, ui::WindowHandle owner, platform::SimResult result) {

@@ -131,9 +131,9 @@ void ListLoader::Load() {
   }
   ui::ListView& list = List(state_);
   ShowLoading();
-  told_.clear();
+  troublesBefore_ = state_.troubles.Count();
   if (!CardIsLocked(state_)) {
-    UpdateOwnNumberHeader(state_, &told_);
+    UpdateOwnNumberHeader(state_, troublesBefore_);
   }
   if (!TakeList(state_)) {
     return;
@@ -172,7 +172,7 @@ void ListLoader::ShowLoading() {
 ListLoader::Outcome ListLoader::Fail(SimResult result) {
   // A card that is being closed fails, and nobody wants to know.
   if (!state_.closing) {
-    ShowCardError(state_, state_.mainDialog, result, &told_);
+    ShowCardError(state_, state_.mainDialog, static_cast<std::uint32_t>(result), troublesBefore_);
   }
   return {true, static_cast<std::uint32_t>(result)};
 }

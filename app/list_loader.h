@@ -51,7 +51,7 @@ class ListLoader {
   const Wiring wiring_;
   std::atomic<bool> queued_ = false;  // a load was asked for and has not begun
   Mutex running_;                     // held by the load that runs
-  std::u16string told_;               // by that load, of the device's words for what failed
+  std::uint32_t troublesBefore_ = 0;  // shown of the card's before that load began
 };
 
 }  // namespace kelpin::app

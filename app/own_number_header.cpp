@@ -38,7 +38,7 @@ std::optional<std::u16string> FirstOwnNumber(sim::RilClient& radio) {
 
 }  // namespace
 
-int UpdateOwnNumberHeader(AppState& state, std::u16string* told) {
+int UpdateOwnNumberHeader(AppState& state, std::optional<std::uint32_t> since) {
   if (state.headerUpdating.exchange(true)) {
     return 1;
   }
@@ -46,10 +46,9 @@ int UpdateOwnNumberHeader(AppState& state, std::u16string* told) {
   if (!number) {
     // The flag stays set: see the header.
     const platform::SimResult result = state.simPhonebook.ReadStatus();
-    if (!state.closing && told == nullptr) {
-      ShowUnaskedCardError(state, state.mainDialog, result);
-    } else if (!state.closing) {
-      ShowCardError(state, state.mainDialog, result, told);
+    if (!state.closing) {
+      ShowCardError(state, state.mainDialog, static_cast<std::uint32_t>(result),
+                    since.value_or(state.troubles.CountWhenReached()));
     }
     return 0;
   }
